@@ -1,0 +1,64 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// What the system says of itself. Any thread.
+namespace platform {
+
+struct SystemVersion
+{
+    std::uint32_t major;
+    std::uint32_t minor;
+};
+
+// The version that the system reports to the host process (GetVersionExW). False on failure.
+bool QueryVersionEx(SystemVersion& version);
+
+// The same from GetVersion, which never fails: low byte major, next byte minor.
+std::uint32_t QueryPackedVersion();
+
+// Whether the system offers GetNativeSystemInfo; if so, the processor's architecture number
+// (9 is x64).
+bool QueryNativeArchitecture(std::uint16_t& architecture);
+
+// The user's default language identifier (LANGID).
+std::uint16_t GetUserDefaultLanguageId();
+
+// Width and height of the primary screen in pixels.
+struct ScreenSize
+{
+    std::int32_t width;
+    std::int32_t height;
+};
+ScreenSize GetScreenSize();
+
+// The computer's name of at most `limit` - 1 units. False when the system fails or it is longer.
+bool QueryComputerName(std::size_t limit, std::wstring& name);
+
+// The registers ECX and EDX after the processor identification instruction with leaf 0.
+struct ProcessorVendor
+{
+    std::uint32_t ecx;
+    std::uint32_t edx;
+};
+ProcessorVendor QueryProcessorVendor();
+
+// One network adapter as GetAdaptersInfo lists it.
+struct NetworkAdapter
+{
+    std::uint32_t type;                  // 6 is Ethernet
+    std::string firstGateway;            // text of the first gateway address, may be empty
+    std::array<std::uint8_t, 8> address; // hardware address, zero beyond its length
+};
+
+// The adapters in the system's order; empty when there are none or the system fails.
+std::vector<NetworkAdapter> ListNetworkAdapters();
+
+// The runtime's pseudo-random generator. A draw lies between 0 and 32767.
+void SeedRandom(std::uint32_t seed);
+std::int32_t DrawRandom();
+
+} // namespace platform
