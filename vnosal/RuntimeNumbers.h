@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstddef>
+
+namespace VnOSAL {
+
+// A finite number as the system's runtime prints it with "%.*f" and its like, in the current C
+// locale. Returns the length, or at least `size` when that is too small.
+std::size_t PrintDouble(char* buffer, std::size_t size, double value, char conversion,
+                        int precision, bool alternate) noexcept;
+
+} // namespace VnOSAL
