@@ -59,22 +59,10 @@ void VnString::Invalidate() noexcept
     block = Share(&invalid.header);
 }
 
-bool VnString::IsWritable(std::size_t length) const noexcept
-{
-    return block && length <= block->capacity &&
-           block->references.load(std::memory_order_acquire) == 1;
-}
-
 bool VnString::HoldsPartOf(std::wstring_view text) const noexcept
 {
     return block && !text.empty() && !std::less<>()(text.data(), Units(block)) &&
            !std::less<>()(Units(block) + block->capacity, text.data());
-}
-
-void VnString::SetLength(std::size_t length) noexcept
-{
-    block->length = static_cast<std::uint32_t>(length);
-    Units(block)[length] = L'\0';
 }
 
 // Moves the text, as far as it fits, to a block of its own.
@@ -139,7 +127,7 @@ VnString& VnString::Assign(std::wstring_view text) noexcept
 VnString& VnString::Append(std::wstring_view text) noexcept
 {
     const std::size_t length = GetLength();
-    if (!IsWritable(length + text.size()) || HoldsPartOf(text))
+    if (!IsWritable(length + text.size()))
         return Replace(length, 0, text);
     CopyUnits(Units(block) + length, text.data(), text.size());
     SetLength(length + text.size());
@@ -176,7 +164,7 @@ VnString& VnString::Replace(std::size_t position, std::size_t count,
     const std::size_t newLength = length - removed + text.size();
     if (!IsWritable(newLength))
     {
-        const std::size_t roomy = newLength > GetCapacity() ? GetCapacity() + GetCapacity() / 2 : 0;
+        const std::size_t roomy = newLength > GetCapacity() ? GetCapacity() * 2 : 0;
         const std::size_t capacity = std::max(newLength, std::min(roomy, maxLength));
         const VnString kept = *this;
         Clear();

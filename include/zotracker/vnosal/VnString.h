@@ -82,7 +82,7 @@ public:
 
     VnString& Assign(std::wstring_view text) noexcept;
     VnString& Append(std::wstring_view text) noexcept;
-    VnString& Append(wchar_t unit) noexcept { return Append(std::wstring_view(&unit, 1)); }
+    VnString& Append(wchar_t unit) noexcept;
     VnString& operator+=(std::wstring_view text) noexcept { return Append(text); }
     VnString& operator+=(wchar_t unit) noexcept { return Append(unit); }
     VnString& Insert(std::size_t position, std::wstring_view text) noexcept;
@@ -230,10 +230,18 @@ private:
             Recycle(dropped);
     }
     static void Recycle(VnStringBlock* unused) noexcept;
-    bool IsWritable(std::size_t length) const noexcept;
+    bool IsWritable(std::size_t length) const noexcept
+    {
+        return block && length <= block->capacity &&
+               block->references.load(std::memory_order_acquire) == 1;
+    }
+    void SetLength(std::size_t length) noexcept
+    {
+        block->length = static_cast<std::uint32_t>(length);
+        Units(block)[length] = L'\0';
+    }
     bool HoldsPartOf(std::wstring_view text) const noexcept;
     bool Regrow(std::size_t capacity) noexcept;
-    void SetLength(std::size_t length) noexcept;
     void Invalidate() noexcept;
 
     VnStringBlock* block = nullptr; // null for the empty string
@@ -253,6 +261,16 @@ inline VnString& VnString::operator=(VnString&& other) noexcept
     other.block = nullptr;
     Drop(block);
     block = taken;
+    return *this;
+}
+
+inline VnString& VnString::Append(wchar_t unit) noexcept
+{
+    const std::size_t length = GetLength();
+    if (!IsWritable(length + 1))
+        return Append(std::wstring_view(&unit, 1));
+    Units(block)[length] = unit;
+    SetLength(length + 1);
     return *this;
 }
 

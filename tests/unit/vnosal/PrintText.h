@@ -8,9 +8,9 @@
 // How failed expectations show text.
 namespace VnOSAL {
 
-inline void PrintTo(const VnString& text, std::ostream* out)
+inline std::ostream& operator<<(std::ostream& out, const VnString& text)
 {
-    *out << '"' << std::string_view(VnAString(text, codePageUtf8)) << '"';
+    return out << std::string_view(VnAString(text, codePageUtf8));
 }
 
 } // namespace VnOSAL
