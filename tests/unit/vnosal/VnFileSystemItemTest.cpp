@@ -1,0 +1,296 @@
+#include "PrintText.h"
+#include "TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+namespace {
+
+using namespace VnOSAL;
+using vnosal_test::CTestFolder;
+
+VnFileSystemItem Item(const CTestFolder& folder, std::wstring_view relative)
+{
+    return VnFileSystemItem(folder.At(relative));
+}
+
+// Notes what it is told; cancels or goes on as it is told.
+class CFollower : public IVnProgress
+{
+public:
+    bool ReportProgress(const VnProgress& progress) noexcept override
+    {
+        ++reports;
+        items = progress.itemCount;
+        bytes = progress.byteCount;
+        return reports != cancelAt;
+    }
+    bool ReportFailure(const VnResult& failure) noexcept override
+    {
+        failures.push_back(VnString(VnPath(failure.GetItem()).GetFileName()));
+        return goesOn;
+    }
+
+    int reports = 0;
+    int cancelAt = 0;
+    bool goesOn = false;
+    std::uint64_t items = 0;
+    std::uint64_t bytes = 0;
+    std::vector<VnString> failures;
+};
+
+TEST(VnFileSystemItem, TellsTheFactsOfAnItem)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"a/file.txt", "12345");
+    VnItemFacts facts;
+    EXPECT_TRUE(Item(folder, L"a/file.txt").ReadFacts(facts));
+    EXPECT_EQ(facts.kind, EItemKind::File);
+    EXPECT_EQ(facts.size, 5u);
+    EXPECT_EQ(facts.attributes & (attributeFolder | attributeReadOnly), 0u);
+    const auto now = std::chrono::duration_cast<std::chrono::seconds>(
+                         std::chrono::system_clock::now().time_since_epoch())
+                         .count();
+    EXPECT_NEAR(static_cast<double>(facts.times.written / 10'000'000), static_cast<double>(now),
+                60);
+    EXPECT_TRUE(Item(folder, L"a").ReadFacts(facts));
+    EXPECT_EQ(facts.kind, EItemKind::Folder);
+    EXPECT_EQ(facts.size, 0u);
+    EXPECT_NE(facts.attributes & attributeFolder, 0u);
+
+    const VnResult missing = Item(folder, L"a/none").ReadFacts(facts);
+    EXPECT_EQ(missing.GetKind(), EError::NotFound);
+    EXPECT_EQ(missing.GetItem(), folder.At(L"a/none").GetText());
+    EXPECT_TRUE(missing.GetText().StartsWith(missing.GetItem() + L": "));
+    EXPECT_NE(missing.GetSystemError(), 0u);
+    EXPECT_EQ(Item(folder, L"a/none").ReadKind(), EItemKind::None);
+    EXPECT_FALSE(VnFileSystemItem(L"http://host/x").ReadFacts(facts));
+    EXPECT_FALSE(VnFileSystemItem(L"").Exists());
+}
+
+TEST(VnFileSystemItem, SetsAttributesAndTimes)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"f");
+    const VnFileSystemItem item = Item(folder, L"f");
+    VnItemFacts facts;
+    EXPECT_TRUE(item.SetAttributes(attributeReadOnly));
+    EXPECT_TRUE(item.ReadFacts(facts));
+    EXPECT_NE(facts.attributes & attributeReadOnly, 0u);
+    EXPECT_TRUE(item.SetAttributes(attributeNormal));
+    EXPECT_TRUE(item.ReadFacts(facts));
+    EXPECT_EQ(facts.attributes & attributeReadOnly, 0u);
+
+    const std::int64_t written = 12'345'678'901'234'567; // 2009-02-13 23:31:30.1234567
+    const std::int64_t accessedBefore = facts.times.accessed;
+    EXPECT_TRUE(item.SetTimes({.written = written}));
+    EXPECT_TRUE(item.ReadFacts(facts));
+    EXPECT_EQ(facts.times.written, written);
+    EXPECT_EQ(facts.times.accessed, accessedBefore);
+    EXPECT_TRUE(item.SetTimes({.accessed = -10'000'001})); // before 1970
+    EXPECT_TRUE(item.ReadFacts(facts));
+    EXPECT_EQ(facts.times.accessed, -10'000'001);
+    EXPECT_EQ(facts.times.written, written);
+}
+
+TEST(VnFileSystemItem, CreatesFoldersAndDeletesSingleItems)
+{
+    const CTestFolder folder;
+    EXPECT_TRUE(Item(folder, L"a/b/c").CreateFolderTree());
+    EXPECT_TRUE(Item(folder, L"a/b/c").CreateFolderTree());
+    EXPECT_EQ(folder.List(), "a/ a/b/ a/b/c/");
+    folder.WriteFile(L"a/f");
+    EXPECT_FALSE(Item(folder, L"a/f/g").CreateFolderTree());
+    EXPECT_EQ(Item(folder, L"a/b").Delete().GetKind(), EError::NotEmpty);
+    EXPECT_TRUE(Item(folder, L"a/b/c").Delete());
+    EXPECT_TRUE(Item(folder, L"a/f").Delete());
+    EXPECT_EQ(Item(folder, L"a/f").Delete().GetKind(), EError::NotFound);
+    EXPECT_EQ(folder.List(), "a/ a/b/");
+}
+
+TEST(VnFileSystemItem, CopiesATree)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"s/one", "1");
+    folder.WriteFile(L"s/d/two", "22");
+    folder.WriteFile(L"s/d/e/three", std::string(700'000, '3'));
+    Item(folder, L"s/d/empty").CreateFolderTree();
+    EXPECT_TRUE(Item(folder, L"s/one").SetTimes({.written = 12'345'678'900'000'000}));
+    EXPECT_TRUE(Item(folder, L"s/one").SetAttributes(attributeReadOnly));
+    CFollower follower;
+    EXPECT_TRUE(Item(folder, L"s").Copy(folder.At(L"t"), EReplace::Refuse, &follower));
+    EXPECT_EQ(folder.List(L"t"), folder.List(L"s"));
+    EXPECT_EQ(folder.ReadFile(L"t/d/e/three"), std::string(700'000, '3'));
+    EXPECT_EQ(follower.bytes, 700'003u);
+    VnItemFacts facts;
+    EXPECT_TRUE(Item(folder, L"t/one").ReadFacts(facts));
+    EXPECT_EQ(facts.times.written, 12'345'678'900'000'000);
+    EXPECT_NE(facts.attributes & attributeReadOnly, 0u);
+    EXPECT_TRUE(Item(folder, L"t").DeleteTree()); // with the read-only file
+    EXPECT_FALSE(folder.Has(L"t"));
+    EXPECT_TRUE(Item(folder, L"s").DeleteTree());
+}
+
+TEST(VnFileSystemItem, RefusesOrReplacesWhatIsThere)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"s/a", "new");
+    folder.WriteFile(L"s/d/b", "new");
+    folder.WriteFile(L"t/a", "old");
+    folder.WriteFile(L"t/c", "kept");
+    EXPECT_EQ(Item(folder, L"s").Copy(folder.At(L"t")).GetKind(), EError::Exists);
+    EXPECT_EQ(Item(folder, L"s/a").Copy(folder.At(L"t/a")).GetKind(), EError::Exists);
+    EXPECT_EQ(folder.ReadFile(L"t/a"), "old");
+    EXPECT_TRUE(Item(folder, L"s").Copy(folder.At(L"t"), EReplace::Existing));
+    EXPECT_EQ(folder.List(L"t"), "a c d/ d/b");
+    EXPECT_EQ(folder.ReadFile(L"t/a"), "new");
+
+    VnFileSystemItem moved = Item(folder, L"s/a");
+    EXPECT_EQ(moved.Move(folder.At(L"t/c")).GetKind(), EError::Exists);
+    EXPECT_EQ(moved.GetPath().GetText(), folder.At(L"s/a").GetText());
+    EXPECT_TRUE(moved.Move(folder.At(L"t/c"), EReplace::Existing));
+    EXPECT_EQ(folder.ReadFile(L"t/c"), "new");
+    EXPECT_TRUE(moved.Rename(L"e"));
+    EXPECT_EQ(moved.GetPath().GetText(), VnPath(folder.At(L"t/c")).ReplaceFileName(L"e").GetText());
+    EXPECT_EQ(moved.Rename(L"../x").GetKind(), EError::BadPath);
+    EXPECT_EQ(moved.Rename(L"a").GetKind(), EError::Exists);
+    EXPECT_EQ(folder.List(L"t"), "a d/ d/b e");
+}
+
+TEST(VnFileSystemItem, NeverCopiesATreeIntoItself)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"s/d/f");
+    folder.MakeFolderLink(L"alias", L"s/d");
+    EXPECT_EQ(Item(folder, L"s").Copy(folder.At(L"s/d/copy")).GetKind(), EError::BadPath);
+    EXPECT_EQ(folder.List(L"s"), "d/ d/f");
+    // the same folder by another name
+    EXPECT_EQ(Item(folder, L"s").Copy(folder.At(L"alias/copy")).GetKind(), EError::BadPath);
+    EXPECT_FALSE(folder.Has(L"s/d/copy/d/copy/d"));
+    EXPECT_EQ(Item(folder, L"s").Copy(folder.At(L"s"), EReplace::Existing).GetKind(),
+              EError::BadPath);
+    EXPECT_EQ(folder.ReadFile(L"s/d/f"), "x");
+}
+
+TEST(VnFileSystemItem, NeverLeavesATreeThroughALink)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"outside/precious", "kept");
+    folder.WriteFile(L"tree/d/f");
+    folder.MakeFolderLink(L"tree/d/link", L"outside");
+    ASSERT_EQ(Item(folder, L"tree/d/link").ReadKind(), EItemKind::Link);
+    EXPECT_EQ(Item(folder, L"tree/d/link").ReadKind(ELinks::Follow), EItemKind::Folder);
+
+    // a folder of the copy is already there as a link
+    folder.WriteFile(L"source/link/f", "new");
+    EXPECT_FALSE(Item(folder, L"source").Copy(folder.At(L"tree/d"), EReplace::Existing));
+    EXPECT_EQ(folder.List(L"outside"), "precious");
+
+    const VnResult deleted = Item(folder, L"tree").DeleteTree();
+    EXPECT_TRUE(deleted) << deleted.GetText();
+    EXPECT_FALSE(folder.Has(L"tree"));
+    EXPECT_EQ(folder.ReadFile(L"outside/precious"), "kept");
+
+    folder.MakeFolderLink(L"direct", L"outside");
+    EXPECT_TRUE(Item(folder, L"direct").DeleteTree());
+    EXPECT_FALSE(folder.Has(L"direct"));
+    EXPECT_EQ(folder.List(L"outside"), "precious");
+}
+
+TEST(VnFileSystemItem, CanBeCancelled)
+{
+    const CTestFolder folder;
+    for (const wchar_t* name : {L"s/a", L"s/b", L"s/c"})
+        folder.WriteFile(name, "contents");
+    CFollower follower;
+    follower.cancelAt = 3;
+    const VnResult copied = Item(folder, L"s").Copy(folder.At(L"t"), EReplace::Refuse, &follower);
+    EXPECT_EQ(copied.GetKind(), EError::Cancelled);
+    EXPECT_EQ(follower.reports, 3);
+    EXPECT_TRUE(follower.failures.empty());
+    EXPECT_LE(folder.List(L"t").size(), 1u); // nothing of a file that was begun
+
+    CFollower second;
+    second.cancelAt = 3;
+    EXPECT_EQ(Item(folder, L"s").DeleteTree(&second).GetKind(), EError::Cancelled);
+    EXPECT_EQ(second.items, 1u);
+    EXPECT_EQ(folder.List(L"s").size(), 3u); // two of three are left
+}
+
+// The second copy finds the first one's files, and goes on only if it is told to.
+TEST(VnFileSystemItem, GoesOnAfterFailuresIfTold)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"s/d/a");
+    folder.WriteFile(L"s/d/b");
+    folder.WriteFile(L"t/a/in-the-way");
+    CFollower follower;
+    follower.goesOn = true;
+    const VnResult copied =
+        Item(folder, L"s/d").Copy(folder.At(L"t"), EReplace::Existing, &follower);
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(VnPath(copied.GetItem()).GetFileName(), L"a");
+    EXPECT_EQ(follower.failures, std::vector<VnString>{L"a"});
+    EXPECT_EQ(folder.List(L"t"), "a/ a/in-the-way b");
+}
+
+TEST(VnFileSystemItem, WorksOnDeepTrees)
+{
+    const CTestFolder folder;
+    VnPath deep = folder.At(L"deep");
+    const VnString name(100, L'n');
+    for (int level = 0; level < 30; ++level)
+        deep.Join(name);
+    const VnResult created = VnFileSystemItem(deep).CreateFolderTree();
+    ASSERT_TRUE(created) << created.GetText();
+    EXPECT_GT(deep.GetText().GetLength(), 3000u);
+    EXPECT_EQ(VnFileSystemItem(deep).ReadKind(), EItemKind::Folder);
+    const VnResult copied = Item(folder, L"deep").Copy(folder.At(L"copy"));
+    EXPECT_TRUE(copied) << copied.GetText();
+    EXPECT_TRUE(Item(folder, L"copy").DeleteTree());
+    EXPECT_TRUE(Item(folder, L"deep").DeleteTree());
+    EXPECT_EQ(folder.List(), "");
+}
+
+TEST(VnFileSystemItem, RefusesPathsThatNameNoItem)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"f");
+    for (const wchar_t* path : {L"", L"/", L"..", L"http://host/a"})
+        EXPECT_EQ(VnFileSystemItem(path).DeleteTree().GetKind(), EError::BadPath) << VnString(path);
+    EXPECT_EQ(Item(folder, L"f").Copy(L"").GetKind(), EError::BadPath);
+}
+
+TEST(VnFileSystemItem, ReadsTheFoldersOfALibrary)
+{
+    const CTestFolder folder;
+    folder.WriteFile(
+        L"Work.library-ms",
+        "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<!-- <url>no</url> --><libraryDescription xmlns=\"http://x/2009/library\">"
+        "<name>@x</name><iconReference>i</iconReference><url>not here</url>"
+        "<searchConnectorDescriptionList><searchConnectorDescription publisher=\"M\">"
+        "<simpleLocation><url> C:\\A &amp; B\\\xC3\xA4 </url><serialized>M</serialized>"
+        "</simpleLocation></searchConnectorDescription><s:searchConnectorDescription>"
+        "<s:simpleLocation><s:url>file:///C:/c%20d</s:url></s:simpleLocation>"
+        "<simpleLocation><url>knownfolder:{00000000-0000-0000-0000-000000000001}</url>"
+        "</simpleLocation></searchConnectorDescriptionList></libraryDescription>");
+    folder.WriteFile(L"wrong.library-ms", "<other/>");
+    folder.WriteFile(L"cut.library-ms", "<libraryDescription><simpleLocation><url>x</url");
+    folder.WriteFile(L"Work.xml", "<libraryDescription/>");
+    VnStringList folders;
+    EXPECT_TRUE(Item(folder, L"Work.library-ms").ReadLibraryFolders(folders));
+    EXPECT_EQ(folders.Join(L"|"),
+              L"C:\\A & B\\\xE4|C:\\c d|knownfolder:{00000000-0000-0000-0000-000000000001}");
+    EXPECT_FALSE(Item(folder, L"wrong.library-ms").IsLibrary());
+    EXPECT_FALSE(Item(folder, L"Work.xml").IsLibrary());
+    EXPECT_TRUE(Item(folder, L"cut.library-ms").ReadLibraryFolders(folders));
+    EXPECT_EQ(folders.Join(L"|"), L"");
+    EXPECT_EQ(Item(folder, L"none.library-ms").ReadLibraryFolders(folders).GetKind(),
+              EError::NotFound);
+}
+
+} // namespace

@@ -1,0 +1,10 @@
+#include "../TestFolder.h"
+
+namespace vnosal_test {
+
+void MakeFolderLink(const std::filesystem::path& link, const std::filesystem::path& target)
+{
+    std::filesystem::create_directory_symlink(target, link);
+}
+
+} // namespace vnosal_test
