@@ -44,13 +44,13 @@ SystemError HoldFolder(const VnString& native, EHold hold, ELinks links, Level& 
     SystemError error = ErrorOf(::GetFileInformationByHandle(level.hold, &data));
     if (error == 0 && !(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
         error = ERROR_DIRECTORY;
-    if (error == 0 && links == ELinks::Keep &&
-        (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
-        KindOf(data.dwFileAttributes, 0) == EItemKind::Link)
+    if (error == 0 && links == ELinks::Keep)
     {
-        VnItemFacts facts; // a folder that merely lies elsewhere may be entered
+        // Asked by the path, because Wine opens what a link leads to. The path means this folder as
+        // long as it is held.
+        VnItemFacts facts;
         error = ReadNativeFacts(native, ELinks::Keep, facts);
-        if (error == 0 && facts.kind == EItemKind::Link)
+        if (error == 0 && facts.kind != EItemKind::Folder)
             error = ERROR_CANT_RESOLVE_FILENAME;
     }
     if (error != 0 || hold == EHold::Loose)
@@ -262,10 +262,20 @@ SystemError CFolderCursor::Replace(std::wstring_view name, std::wstring_view by)
 SystemError CFolderCursor::CopyFileAs(std::wstring_view name, CFolderCursor& target,
                                       std::wstring_view copy, IByteCounter& counter) noexcept
 {
+    const VnString to = target.state->NativePathOf(copy);
     CopyProgress progress{counter, 0};
-    return ErrorOf(::CopyFileExW(state->NativePathOf(name).GetText(),
-                                 target.state->NativePathOf(copy).GetText(), CountBytes, &progress,
-                                 nullptr, COPY_FILE_FAIL_IF_EXISTS | COPY_FILE_COPY_SYMLINK));
+    SystemError error = ErrorOf(::CopyFileExW(state->NativePathOf(name).GetText(), to.GetText(),
+                                              CountBytes, &progress, nullptr,
+                                              COPY_FILE_FAIL_IF_EXISTS | COPY_FILE_COPY_SYMLINK));
+    if (error != 0)
+        return error;
+    VnItemFacts facts; // Wine counts no bytes
+    ReadNativeFacts(to, ELinks::Keep, facts);
+    const auto uncounted = facts.size - static_cast<std::uint64_t>(progress.counted);
+    if (facts.kind != EItemKind::File || uncounted == 0 || counter.AddBytes(uncounted))
+        return 0;
+    target.Remove(copy, false);
+    return NumberOf(EError::Cancelled);
 }
 
 SystemError CFolderCursor::CopyLinkAs(std::wstring_view name, CFolderCursor& target,

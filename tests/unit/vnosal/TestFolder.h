@@ -39,4 +39,7 @@ private:
 // Makes a link to a folder, by the means of the system the test runs on.
 void MakeFolderLink(const std::filesystem::path& link, const std::filesystem::path& target);
 
+// Whether the system itself can delete such a link: Wine 8 cannot.
+bool CanDeleteFolderLinks();
+
 } // namespace vnosal_test

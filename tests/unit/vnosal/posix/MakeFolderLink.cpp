@@ -7,4 +7,6 @@ void MakeFolderLink(const std::filesystem::path& link, const std::filesystem::pa
     std::filesystem::create_directory_symlink(target, link);
 }
 
+bool CanDeleteFolderLinks() { return true; }
+
 } // namespace vnosal_test

@@ -40,4 +40,12 @@ void MakeFolderLink(const std::filesystem::path& link, const std::filesystem::pa
         MakeLinkBelowWine(link, target);
 }
 
+bool CanDeleteFolderLinks()
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"target/file");
+    folder.MakeFolderLink(L"link", L"target");
+    return ::RemoveDirectoryW(folder.NativeAt(L"link").c_str()) != 0;
+}
+
 } // namespace vnosal_test
