@@ -1,0 +1,12 @@
+#pragma once
+
+// The model's tables cover ASCII, Latin-1 and the basic Greek and Cyrillic letters. Its default
+// code page is 1252.
+namespace simulated {
+
+// Makes every DecodeUtf8 fail, as on a system without the code page.
+void SetUtf8DecodingFails(bool fails);
+
+void ResetCodePage();
+
+} // namespace simulated
