@@ -12,8 +12,8 @@
 //
 // Keys below "CLSID" of the classes root and below "SOFTWARE\Classes\CLSID" of the current user
 // are separate for 32-bit and 64-bit programs; all others, "CLSID" directly under the current user
-// too, are one for both. The classes root shows the current user's "SOFTWARE\Classes" in front of
-// its own keys.
+// too, are one for both. The two roots share nothing: that the real classes root also shows what
+// stands in the current user's "SOFTWARE\Classes" is not modelled.
 namespace simulated {
 
 struct RegistryValue
