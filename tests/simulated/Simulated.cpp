@@ -4,10 +4,12 @@
 #include "tests/simulated/DebugOutput.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/HostPaths.h"
+#include "tests/simulated/Internet.h"
 #include "tests/simulated/ProfileFile.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/VersionResource.h"
+#include "tests/simulated/VirtualTime.h"
 
 namespace simulated {
 
@@ -17,9 +19,11 @@ void Reset()
     ResetDebugOutput();
     ResetFiles();
     ResetHostPaths();
+    ResetInternet();
     ResetProfileFile();
     ResetRegistry();
     ResetSystemFacts();
+    ResetTime();
     ResetVersionResource();
 }
 
