@@ -16,7 +16,9 @@ std::size_t ReadProfileString(const std::wstring& section, const std::wstring& k
                               const std::wstring& defaultValue, std::span<wchar_t> buffer,
                               const std::wstring& path);
 
-// The leading decimal integer of the value; `defaultValue` where it is missing.
+// The number that the value begins with, 0 when it begins with none; `defaultValue` where it is
+// missing or empty. The system's reader knows signs and the prefixes "0x", "0o" and "0b", and wraps
+// at 32 bits.
 std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key,
                             std::int32_t defaultValue, const std::wstring& path);
 
