@@ -1,0 +1,26 @@
+#include "tests/simulated/Simulated.h"
+
+#include "tests/simulated/CodePage.h"
+#include "tests/simulated/DebugOutput.h"
+#include "tests/simulated/Files.h"
+#include "tests/simulated/HostPaths.h"
+#include "tests/simulated/ProfileFile.h"
+#include "tests/simulated/Registry.h"
+#include "tests/simulated/SystemFacts.h"
+#include "tests/simulated/VersionResource.h"
+
+namespace simulated {
+
+void Reset()
+{
+    ResetCodePage();
+    ResetDebugOutput();
+    ResetFiles();
+    ResetHostPaths();
+    ResetProfileFile();
+    ResetRegistry();
+    ResetSystemFacts();
+    ResetVersionResource();
+}
+
+} // namespace simulated
