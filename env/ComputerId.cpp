@@ -77,7 +77,7 @@ std::wstring LoadComputerId(const std::wstring& file)
 void SaveComputerId(const std::wstring& id, const std::wstring& file)
 {
     if (!WriteRegistry(ERegistryRoot::ClassesRoot, primaryKey, id) &&
-        !platform::WriteProfileString(fileSection, fileKey, id, file))
+        !platform::WriteProfileText(fileSection, fileKey, id, file))
         WriteRegistry(ERegistryRoot::CurrentUser, userKey, id);
 }
 

@@ -31,7 +31,7 @@ std::int32_t GetInstallConfigInt(const std::wstring& section, const std::wstring
 bool SetInstallConfigString(const std::wstring& section, const std::wstring& key,
                             const std::wstring& value, const std::wstring& filePath)
 {
-    return platform::WriteProfileString(section, key, value, ChoosePath(filePath));
+    return platform::WriteProfileText(section, key, value, ChoosePath(filePath));
 }
 
 } // namespace env
