@@ -118,6 +118,12 @@ bool CCollector::WaitForConnections(std::size_t count, std::chrono::milliseconds
     return counted.wait_for(guard, timeout, [&] { return connectionCount >= count; });
 }
 
+bool CCollector::WaitUntilAnswered(std::chrono::milliseconds timeout) const
+{
+    std::unique_lock guard(lock);
+    return counted.wait_for(guard, timeout, [&] { return answering == 0; });
+}
+
 void CCollector::Clear()
 {
     const std::lock_guard guard(lock);
@@ -308,11 +314,25 @@ void CCollector::ServeRequests(CConnection& connection, std::uint64_t number)
             return;
         }
         const bool stays = WantsToStay(hit);
-        const AnswerPtr answer = TakeAnswer(hit);
-        Record(hit);
-        if (!connection.Send(*answer) || !stays)
+        if (!AnswerHit(connection, hit) || !stays)
             return;
     }
+}
+
+bool CCollector::AnswerHit(CConnection& connection, Hit& hit)
+{
+    {
+        const std::lock_guard guard(lock);
+        ++answering;
+    }
+    const std::unique_ptr<CCollector, void (*)(CCollector*)> answered(this, [](CCollector* self) {
+        const std::lock_guard guard(self->lock);
+        --self->answering;
+        self->counted.notify_all();
+    });
+    const AnswerPtr answer = TakeAnswer(hit);
+    Record(hit);
+    return connection.Send(*answer);
 }
 
 void CCollector::Record(Hit& hit)

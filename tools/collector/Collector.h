@@ -81,6 +81,9 @@ public:
     bool WaitForHits(std::size_t count, std::chrono::milliseconds timeout) const;
     bool WaitForConnections(std::size_t count, std::chrono::milliseconds timeout) const;
 
+    // True once no request that was read still waits for its answer to be sent.
+    bool WaitUntilAnswered(std::chrono::milliseconds timeout) const;
+
     // Forgets hits and counts; sequence numbers go on.
     void Clear();
 
@@ -136,6 +139,7 @@ private:
     void Serve(CConnection& connection, std::uint64_t number, EConnectionFault fault);
     void ServeRequests(CConnection& connection, std::uint64_t number);
     void Record(Hit& hit);
+    bool AnswerHit(CConnection& connection, Hit& hit);
     AnswerPtr TakeAnswer(const Hit& hit);
     SSL_CTX& GetContext(EConnectionFault fault) const;
 
@@ -156,6 +160,7 @@ private:
     std::vector<Hit> hits;
     std::size_t hitCount = 0;
     std::size_t connectionCount = 0;
+    std::size_t answering = 0; // requests read and not yet answered
     std::uint64_t lastHit = 0;
     std::uint64_t lastConnection = 0;
     std::deque<Ordered<EConnectionFault>> orderedFaults;
