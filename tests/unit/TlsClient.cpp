@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 #include <csignal>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <openssl/err.h>
 #include <openssl/x509v3.h>
 #include <sys/socket.h>
@@ -14,6 +15,8 @@ CTlsClient::CTlsClient(int port) : socket(::socket(AF_INET, SOCK_STREAM | SOCK_C
     const timeval patience{.tv_sec = 10, .tv_usec = 0};
     ::setsockopt(socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     ::setsockopt(socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    const int immediately = 1;
+    ::setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &immediately, sizeof immediately);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<in_port_t>(port));

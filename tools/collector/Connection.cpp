@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <openssl/err.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -13,6 +15,9 @@ CConnection::CConnection(CSocket accepted) : socket(std::move(accepted))
     const timeval silence{.tv_sec = 60, .tv_usec = 0};
     ::setsockopt(socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &silence, sizeof silence);
     ::setsockopt(socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &silence, sizeof silence);
+    // Dripped bytes leave one by one, and answers do not wait for the client's acknowledgements.
+    const int immediately = 1;
+    ::setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &immediately, sizeof immediately);
 }
 
 void CConnection::DiscardGreeting()
