@@ -82,7 +82,8 @@ std::wstring BuildKpiUserId(std::uint32_t tick, std::int64_t time, std::wstring_
 {
     const std::wstring tickText = FormatText(L"%d", tick);
     std::wstring id = FormatText(L"%s%I64d", tickText, time);
-    // A time text shorter than the tick text, from a clock that was never set, leaves a gap.
+    // A time text shorter than the tick text leaves a gap, filled so that no zero unit gets into a
+    // request. That is so for two weeks after the tick count has turned negative.
     id.resize(2 * tickText.size(), L'0');
     for (std::size_t next = 0; id.size() < idLength && !computerName.empty(); ++next)
         AppendFormat(id, L"%d", computerName[next % computerName.size()]);
