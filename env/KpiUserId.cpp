@@ -5,8 +5,6 @@
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
 
-#include <initializer_list>
-
 namespace env {
 
 namespace {
@@ -20,8 +18,7 @@ const wchar_t* const idValue = L"ID";
 constexpr std::size_t idLength = 32;   // units
 constexpr std::size_t idBytes = 64;    // in the registry, where it has no terminator
 constexpr std::size_t nameBuffer = 16; // units, terminator included
-constexpr std::initializer_list<ERegistryRoot> roots = {ERegistryRoot::ClassesRoot,
-                                                        ERegistryRoot::CurrentUser};
+constexpr ERegistryRoot roots[] = {ERegistryRoot::ClassesRoot, ERegistryRoot::CurrentUser};
 
 CRegistryKey OpenIdKey()
 {

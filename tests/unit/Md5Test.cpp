@@ -56,7 +56,7 @@ TEST(Md5, PadsAtEveryEdgeOfABlock)
 TEST(Md5, TakesAMessageInPiecesOfAnySize)
 {
     const std::string message(1000, 'a');
-    for (const std::size_t piece : {1, 7, 55, 63, 64, 65, 127, 128, 999})
+    for (const std::size_t piece : {1u, 7u, 55u, 63u, 64u, 65u, 127u, 128u, 999u})
     {
         Md5Context context;
         context.Initialize();
