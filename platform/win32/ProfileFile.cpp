@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#undef WriteProfileString // a macro for another of the system's functions
+
 namespace platform {
 
 std::size_t ReadProfileString(const std::wstring& section, const std::wstring& key,
