@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#undef WriteProfileString // a macro for another of the system's functions
-
 namespace platform {
 
 std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,

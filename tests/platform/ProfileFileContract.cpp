@@ -22,7 +22,7 @@ protected:
         std::array<wchar_t, 300> buffer;
         buffer.fill(L'#');
         const std::size_t length =
-            platform::ReadProfileString(section, key, L"default", buffer, path);
+            platform::ReadProfileText(section, key, L"default", buffer, path);
         EXPECT_EQ(buffer.at(length), 0);
         return {buffer.data(), length};
     }
@@ -113,7 +113,7 @@ TEST_F(ProfileFile, AMissingFileGivesTheDefault)
     EXPECT_EQ(ReadText(L"A", L"k"), L"default");
     EXPECT_EQ(ReadInt(L"k"), -1);
     std::array<wchar_t, 20> buffer;
-    EXPECT_EQ(platform::ReadProfileString(L"A", L"k", L"  blanks  ", buffer, path), 8u);
+    EXPECT_EQ(platform::ReadProfileText(L"A", L"k", L"  blanks  ", buffer, path), 8u);
     EXPECT_STREQ(buffer.data(), L"  blanks") << "without the default's trailing blanks";
     EXPECT_FALSE(platform::FileSystemItemExists(path));
 }
@@ -130,12 +130,12 @@ TEST_F(ProfileFile, CutsValuesToTheBuffer)
     {
         std::wstring buffer(10, L'#');
         const std::size_t length =
-            platform::ReadProfileString(L"A", L"k", L"", std::span(buffer.data(), c.size), path);
+            platform::ReadProfileText(L"A", L"k", L"", std::span(buffer.data(), c.size), path);
         EXPECT_EQ(buffer.substr(0, length), c.value) << c.size;
         EXPECT_EQ(buffer[length], 0) << c.size;
         EXPECT_EQ(buffer.substr(c.size), std::wstring(10 - c.size, L'#')) << c.size;
     }
-    EXPECT_EQ(platform::ReadProfileString(L"A", L"k", L"", {}, path), 0u);
+    EXPECT_EQ(platform::ReadProfileText(L"A", L"k", L"", {}, path), 0u);
 }
 
 TEST_F(ProfileFile, ReadsNumbers)
@@ -182,20 +182,20 @@ TEST_F(ProfileFile, ReadsUtf16WithAByteOrderMark)
 {
     PutProfile(std::string("\xFF\xFE[\0A\0]\0\r\0\n\0k\0=\0\x16\x04\r\0\n\0", 22));
     EXPECT_EQ(ReadText(L"A", L"k"), L"\u0416");
-    EXPECT_TRUE(platform::WriteProfileString(L"A", L"k2", L"\u0436", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k2", L"\u0436", path));
     EXPECT_EQ(ReadText(L"A", L"k"), L"\u0416");
     EXPECT_EQ(ReadText(L"A", L"k2"), L"\u0436");
 }
 
 TEST_F(ProfileFile, WritingCreatesFileSectionAndKey)
 {
-    EXPECT_TRUE(platform::WriteProfileString(L"A", L"k", L"1", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k", L"1", path));
     EXPECT_EQ(ReadBytes(), "[A]\r\nk=1\r\n");
-    EXPECT_TRUE(platform::WriteProfileString(L"A", L"k2", L"2", path));
-    EXPECT_TRUE(platform::WriteProfileString(L"B", L"k", L"3", path));
-    EXPECT_TRUE(platform::WriteProfileString(L"a", L"K3", L"", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k2", L"2", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"B", L"k", L"3", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"a", L"K3", L"", path));
     EXPECT_EQ(ReadBytes(), "[A]\r\nk=1\r\nk2=2\r\nK3=\r\n[B]\r\nk=3\r\n");
-    EXPECT_TRUE(platform::WriteProfileString(L"A", L"k2", L"\u00E9\u20AC", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k2", L"\u00E9\u20AC", path));
     EXPECT_EQ(ReadBytes(), "[A]\r\nk=1\r\nk2=\xE9\x80\r\nK3=\r\n[B]\r\nk=3\r\n");
     EXPECT_EQ(ListFiles(folder), std::vector<std::wstring>{L"install.cfg"});
 }
@@ -203,15 +203,15 @@ TEST_F(ProfileFile, WritingCreatesFileSectionAndKey)
 TEST_F(ProfileFile, WritingKeepsWhatStandsAround)
 {
     PutProfile("; head\r\n[A]\r\nk=1\r\n;k2=2\r\n[B]\r\nk=3");
-    EXPECT_TRUE(platform::WriteProfileString(L"A", L"k", L"new", path));
-    EXPECT_TRUE(platform::WriteProfileString(L"B", L"k2", L"4", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k", L"new", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"B", L"k2", L"4", path));
     EXPECT_EQ(ReadBytes(), "; head\r\n[A]\r\nk=new\r\n;k2=2\r\n[B]\r\nk=3\r\nk2=4\r\n");
 }
 
 TEST_F(ProfileFile, WritingFailsWhereNoFileCanBe)
 {
-    EXPECT_FALSE(platform::WriteProfileString(L"A", L"k", L"1", PathOf(L"none\\install.cfg")));
-    EXPECT_FALSE(platform::WriteProfileString(L"A", L"k", L"1", folder));
+    EXPECT_FALSE(platform::WriteProfileText(L"A", L"k", L"1", PathOf(L"none\\install.cfg")));
+    EXPECT_FALSE(platform::WriteProfileText(L"A", L"k", L"1", folder));
     EXPECT_TRUE(ListFiles(folder).empty());
 }
 
