@@ -4,9 +4,9 @@
 
 namespace platform {
 
-std::size_t ReadProfileString(const std::wstring& section, const std::wstring& key,
-                              const std::wstring& defaultValue, std::span<wchar_t> buffer,
-                              const std::wstring& path)
+std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,
+                            const std::wstring& defaultValue, std::span<wchar_t> buffer,
+                            const std::wstring& path)
 {
     return ::GetPrivateProfileStringW(section.c_str(), key.c_str(), defaultValue.c_str(),
                                       buffer.data(), static_cast<DWORD>(buffer.size()),
@@ -20,8 +20,8 @@ std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key
         ::GetPrivateProfileIntW(section.c_str(), key.c_str(), defaultValue, path.c_str()));
 }
 
-bool WriteProfileString(const std::wstring& section, const std::wstring& key,
-                        const std::wstring& value, const std::wstring& path)
+bool WriteProfileText(const std::wstring& section, const std::wstring& key,
+                      const std::wstring& value, const std::wstring& path)
 {
     return ::WritePrivateProfileStringW(section.c_str(), key.c_str(), value.c_str(),
                                         path.c_str()) == 1;

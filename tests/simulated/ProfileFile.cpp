@@ -200,9 +200,9 @@ namespace platform {
 
 using simulated::ProfileCall;
 
-std::size_t ReadProfileString(const std::wstring& section, const std::wstring& key,
-                              const std::wstring& defaultValue, std::span<wchar_t> buffer,
-                              const std::wstring& path)
+std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,
+                            const std::wstring& defaultValue, std::span<wchar_t> buffer,
+                            const std::wstring& path)
 {
     const std::scoped_lock lock(simulated::mutex);
     simulated::calls.push_back({ProfileCall::EKind::ReadString, section, key, path, buffer.size()});
@@ -225,8 +225,8 @@ std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key
     return value.empty() ? defaultValue : simulated::ParseInteger(value);
 }
 
-bool WriteProfileString(const std::wstring& section, const std::wstring& key,
-                        const std::wstring& value, const std::wstring& path)
+bool WriteProfileText(const std::wstring& section, const std::wstring& key,
+                      const std::wstring& value, const std::wstring& path)
 {
     const std::scoped_lock lock(simulated::mutex);
     simulated::calls.push_back({ProfileCall::EKind::WriteString, section, key, path, 0});
