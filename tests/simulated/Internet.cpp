@@ -1,5 +1,6 @@
 #include "tests/simulated/Internet.h"
 
+#include "platform/LastError.h"
 #include "platform/Url.h"
 #include "tests/simulated/VirtualTime.h"
 
@@ -42,6 +43,7 @@ struct Internet
     bool connected = true;
     std::uint32_t connectedError = 0;
     platform::EConnectivity connectivity = platform::EConnectivity::Connected;
+    std::uint32_t connectivityError = 0;
     int openHandles = 0;
 };
 
@@ -51,11 +53,21 @@ Internet& GetInternet()
     return *internet;
 }
 
-// The answer that the next request will get: its early stages can fail before anything is sent.
+// The answer that the next request will get.
 Answer PeekAnswer()
 {
     const std::lock_guard lock(GetInternet().mutex);
     return GetInternet().script.empty() ? Answer{} : GetInternet().script.front();
+}
+
+// Where that answer fails, before anything is sent: its body may be too long to copy for that.
+ENetworkStage PeekFailure(std::uint32_t& error)
+{
+    const std::lock_guard lock(GetInternet().mutex);
+    if (GetInternet().script.empty())
+        return ENetworkStage::None;
+    error = GetInternet().script.front().error;
+    return GetInternet().script.front().failsAt;
 }
 
 void TakeAnswer()
@@ -68,11 +80,11 @@ void TakeAnswer()
 // Stages up to the send use up their answer when they fail; later ones have taken it already.
 void FailIfOrderedEarly(ENetworkStage stage)
 {
-    const Answer answer = PeekAnswer();
-    if (answer.failsAt != stage)
+    std::uint32_t error = 0;
+    if (PeekFailure(error) != stage)
         return;
     TakeAnswer();
-    throw CInternetException(answer.error);
+    throw CInternetException(error);
 }
 
 void FailIfOrdered(const InternetState& state, ENetworkStage stage)
@@ -136,6 +148,7 @@ void ResetInternet()
     GetInternet().connected = true;
     GetInternet().connectedError = 0;
     GetInternet().connectivity = platform::EConnectivity::Connected;
+    GetInternet().connectivityError = 0;
     GetInternet().openHandles = 0;
 }
 
@@ -152,10 +165,11 @@ void SetConnectedState(bool connected, std::uint32_t error)
     GetInternet().connectedError = error;
 }
 
-void SetConnectivity(platform::EConnectivity connectivity)
+void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error)
 {
     const std::lock_guard lock(GetInternet().mutex);
     GetInternet().connectivity = connectivity;
+    GetInternet().connectivityError = error;
 }
 
 std::vector<SentRequest> GetSentRequests()
@@ -241,7 +255,7 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
     opened->request.referrer = referrer;
     opened->request.requestFlags = flags;
     // What happens to this request also happens when its connection is closed.
-    state->answer = simulated::PeekAnswer();
+    state->answer.failsAt = simulated::PeekFailure(state->answer.error);
     return std::make_unique<CHttpFile>(std::move(opened));
 }
 
@@ -332,6 +346,7 @@ bool GetConnectedState(const CStopSignal&, std::uint32_t& error)
 EConnectivity QueryConnectivity(const CStopSignal&)
 {
     const std::lock_guard lock(GetInternet().mutex);
+    SetLastSystemError(GetInternet().connectivityError);
     return GetInternet().connectivity;
 }
 

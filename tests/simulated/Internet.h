@@ -61,7 +61,7 @@ struct SentRequest
 void ResetInternet();
 void AddAnswer(Answer answer);
 void SetConnectedState(bool connected, std::uint32_t error);
-void SetConnectivity(platform::EConnectivity connectivity);
+void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error = 0);
 
 // Every send so far, failed ones included, in order.
 std::vector<SentRequest> GetSentRequests();
