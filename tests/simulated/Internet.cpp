@@ -22,6 +22,7 @@ struct InternetState
     simulated::SentRequest request{};
     simulated::Answer answer;
     std::size_t bytesRead = 0;
+    std::size_t reads = 0;
     std::size_t index = 0; // of the noted request
     bool abandoned = false;
 };
@@ -262,7 +263,7 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
 void CHttpConnection::Close()
 {
     const auto closing = std::move(state);
-    if (closing)
+    if (closing && !closing->abandoned)
         simulated::FailIfOrdered(*closing, ENetworkStage::CloseConnection);
 }
 
@@ -320,8 +321,11 @@ std::size_t CHttpFile::Read(char* buffer, std::size_t count)
     const std::string& body = state->answer.body;
     if (state->bytesRead == body.size()) // a broken connection breaks after what came before
         simulated::FailIfOrdered(*state, ENetworkStage::Read);
-    const std::size_t read =
-        std::min({count, state->answer.bytesPerRead, body.size() - state->bytesRead});
+    const std::vector<std::size_t>& first = state->answer.firstReads;
+    const std::size_t limit =
+        state->reads < first.size() ? first[state->reads] : state->answer.bytesPerRead;
+    ++state->reads;
+    const std::size_t read = std::min({count, limit, body.size() - state->bytesRead});
     std::memcpy(buffer, body.data() + state->bytesRead, read);
     state->bytesRead += read;
     return read;
@@ -332,7 +336,7 @@ void CHttpFile::Abort() noexcept { state.reset(); }
 void CHttpFile::Close()
 {
     const auto closing = std::move(state);
-    if (closing)
+    if (closing && !closing->abandoned)
         simulated::FailIfOrdered(*closing, ENetworkStage::CloseRequest);
 }
 

@@ -38,7 +38,8 @@ struct Answer
     std::wstring location;
     std::wstring contentLocation;
     std::string body;
-    std::size_t bytesPerRead = 8192;
+    std::vector<std::size_t> firstReads; // how many bytes the first reads return at the most
+    std::size_t bytesPerRead = 8192;     // and all others
 };
 
 struct SentRequest
