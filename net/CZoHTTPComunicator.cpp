@@ -30,10 +30,17 @@ constexpr std::uintptr_t context = 1;
 constexpr std::size_t uploadPiece = 64'000; // bytes
 constexpr std::size_t readPiece = 8'192;    // bytes
 constexpr int emptyReadLimit = 10;
-constexpr std::size_t bodyLimit = 64 << 20;        // bytes
-constexpr std::uint32_t graceAfterStop = 500;      // milliseconds
-constexpr std::uint32_t connectTimeout = 5'000;    // milliseconds
-constexpr std::uint32_t transferTimeout = 120'000; // milliseconds
+constexpr std::size_t bodyLimit = 64 << 20; // bytes
+
+// Milliseconds, as the others.
+constexpr std::uint32_t connectTimeout = 5'000;
+constexpr std::uint32_t transferTimeout = 120'000;
+
+// How long a request may go on that a stop overtakes, and one that begins after it. With the second
+// that a call of the system may last beyond, and the one that was in progress when the stop came,
+// each makes less than three seconds.
+constexpr std::uint32_t graceOfCurrent = 500;
+constexpr std::uint32_t graceOfLate = 1'900;
 
 constexpr std::uint32_t statusDone = 200;
 constexpr const wchar_t* deleteVerb = L"DELETE";
@@ -151,7 +158,7 @@ try
                       verb == deleteVerb ? std::string_view() : sent,
                       askedPort == 0 ? securePort : askedPort,
                       abortFlag,
-                      CStopGrace(stop, graceAfterStop)};
+                      CStopGrace(stop, stop.IsRequested() ? graceOfLate : graceOfCurrent)};
     while (PerformHop(exchange))
     {}
     *contentLength = static_cast<std::uint32_t>(content->size());

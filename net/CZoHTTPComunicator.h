@@ -31,9 +31,9 @@ namespace net {
 //   HTTP status   an answer other than 200; its body is returned  the same
 //   other         reading the body failed: WinINet error number   unchanged
 //
-// Once the owner's stop signal is set, a request still gets half a second before it fails (3, with
-// "operation cancelled"), follows no further redirect and reads no more; a call of the system that
-// is then under way gets another second.
+// A stop leaves the request in progress another half second, and a request that begins after it
+// about two; then it fails (3, with "operation cancelled"), follows no further redirect and reads no
+// more. A call of the system that is then under way gets another second.
 //
 // Threads: SetRequestHeaders and Cancel from any; all else from one at a time.
 class CZoHTTPComunicator

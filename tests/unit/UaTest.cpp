@@ -496,6 +496,12 @@ TEST_F(UaTest, DestructionEndsAnEndlessRedirect)
     tracker->TrackPageview();
     tracker.reset();
     EXPECT_LE(simulated::GetElapsedMilliseconds() - start, 600);
+
+    Start();
+    tracker->TrackPageview();
+    const std::int64_t later = simulated::GetElapsedMilliseconds();
+    tracker.reset();
+    EXPECT_LE(simulated::GetElapsedMilliseconds() - later, 2000);
 }
 
 TEST_F(UaTest, ProcessExitWaitsForNobody)
