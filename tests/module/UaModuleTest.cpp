@@ -116,7 +116,7 @@ TEST_F(UaModuleTest, ThePresenceOfTheKeyChoosesTheTracker)
     EXPECT_NE(run.output.find("main disabled"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("main enabled"), std::string::npos) << run.output;
     EXPECT_EQ(GetHitParts(),
-              (Texts{"&t=event&ec=TRACKER&ea=ACTIVATED", "&t=pageview&dp=%2FZoTracker%20Host"}));
+              (Texts{"&t=event&ec=TRACKER&ea=ACTIVATED", "&t=pageview&dp=%2FTidy%20Desk"}));
     EXPECT_NE(ReadConfig().find("[UA]\r\nEnabled=1\r\n"), std::string::npos) << ReadConfig();
 }
 
