@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <thread>
 
 using namespace std::chrono_literals;
 using platform::ERegistryRoot;
@@ -502,6 +503,25 @@ TEST_F(UaTest, DestructionEndsAnEndlessRedirect)
     const std::int64_t later = simulated::GetElapsedMilliseconds();
     tracker.reset();
     EXPECT_LE(simulated::GetElapsedMilliseconds() - later, 2000);
+}
+
+TEST_F(UaTest, HostsMayCallWhileTheWorkerSends)
+{
+    simulated::PutFile(L"C:\\Host\\Host.exe", "x");
+    Start();
+    std::thread host([this] {
+        for (int i = 0; i < 50; ++i)
+        {
+            tracker->SetProductName(L"Name");
+            tracker->Initialize(L"C:\\Host\\Host.exe");
+            tracker->SetContinueSession(false);
+            tracker->TrackPurchase(L"", L"", 1, L"", 1);
+        }
+    });
+    simulated::AdvanceTime(10s);
+    host.join();
+    tracker.reset();
+    EXPECT_EQ(GetHits().size(), 100u);
 }
 
 TEST_F(UaTest, ProcessExitWaitsForNobody)
