@@ -3,9 +3,28 @@
 
 using namespace app;
 
-ITracker* GetTrackerInstance() noexcept { return nullptr; }
+namespace {
 
-void DestroyTrackerInstance() noexcept {}
+// The tracker that was chosen at load, while it is alive.
+ITracker* FindMainTracker() noexcept { return uaTracker.Get(); }
+
+} // namespace
+
+ITracker* GetTrackerInstance() noexcept
+{
+    ITracker* const tracker = FindMainTracker();
+    if (tracker != nullptr)
+        mainReferences.Add();
+    return tracker;
+}
+
+void DestroyTrackerInstance() noexcept
+{
+    if (FindMainTracker() == nullptr || !mainReferences.ReleaseLast())
+        return;
+    uaTracker.Destroy();
+    mainReferences.Reset();
+}
 
 ITracker* GetKPITrackerInstance() noexcept
 {

@@ -1,20 +1,44 @@
 #include "app/ZoTrackerApp.h"
 
 #include "app/ModuleTrackers.h"
+#include "env/InstallConfig.h"
 
 namespace app {
 
+constinit CTrackerSlot<trackers::CZoTrackerUA> uaTracker;
 constinit CTrackerSlot<trackers::CZoTrackerPiWik> kpiTracker;
 constinit CReferenceCount mainReferences;
 constinit CReferenceCount kpiReferences;
 
+namespace {
+
+// The presence of the key counts, not its value: 0 chooses the measurement protocol, too.
+bool IsMeasurementProtocolChosen() noexcept
+try
+{
+    constexpr std::int32_t missing = -1;
+    return env::GetInstallConfigInt(L"UA", L"Enabled", missing) != missing;
+}
+catch (...)
+{
+    return false;
+}
+
+} // namespace
+
 CZoTrackerApp::CZoTrackerApp()
 {
     mainReferences.Reset();
+    if (IsMeasurementProtocolChosen())
+        uaTracker.Create(L"", L"", L"");
     kpiTracker.Create();
 }
 
-CZoTrackerApp::~CZoTrackerApp() { kpiTracker.Destroy(); }
+CZoTrackerApp::~CZoTrackerApp()
+{
+    uaTracker.Destroy();
+    kpiTracker.Destroy();
+}
 
 bool CZoTrackerApp::InitInstance() { return CWinApp::InitInstance(); }
 
