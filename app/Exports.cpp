@@ -3,9 +3,21 @@
 
 using namespace app;
 
-ITracker* GetTrackerInstance() noexcept { return nullptr; }
+ITracker* GetTrackerInstance() noexcept
+{
+    ITracker* const tracker = classicTracker.Get();
+    if (tracker != nullptr)
+        mainReferences.Add();
+    return tracker;
+}
 
-void DestroyTrackerInstance() noexcept {}
+void DestroyTrackerInstance() noexcept
+{
+    if (classicTracker.Get() == nullptr || !mainReferences.ReleaseLast())
+        return;
+    classicTracker.Destroy();
+    mainReferences.Reset();
+}
 
 ITracker* GetKPITrackerInstance() noexcept
 {
