@@ -11,35 +11,34 @@ namespace trackers {
 
 namespace {
 
-// The value of a key that ends in a number.
-struct NumberedValue
+// What the keys of one number say.
+struct OldEntry
 {
-    std::uint32_t index;
-    std::wstring_view value;
+    std::wstring_view fingerprint;
+    std::wstring_view count;
 };
-using NumberedValues = std::vector<NumberedValue>;
 
-// Whether `key` is `name` with a number behind it, written as %u writes it.
-bool ReadNumberedKey(std::wstring_view key, std::wstring_view name, std::uint32_t& index)
+constexpr std::size_t smallestEntry = 11; // units of "FP0=x" and "C0=1" on lines of their own
+
+// Whether `key` is `name` with a number below `limit` behind it, written as %u writes it.
+bool ReadNumberedKey(std::wstring_view key, std::wstring_view name, std::size_t limit,
+                     std::size_t& number)
 {
-    constexpr std::size_t maxDigits = 9; // more entries than any file of ours can hold
+    constexpr std::size_t maxDigits = 9;
     if (key.size() <= name.size() || !env::IsSameProfileName(key.substr(0, name.size()), name))
         return false;
     key.remove_prefix(name.size());
     if (key.size() > maxDigits || key.find_first_not_of(L"0123456789") != key.npos ||
         (key.size() > 1 && key.starts_with(L'0')))
         return false;
-    index = static_cast<std::uint32_t>(env::ReadDecimal(key));
-    return true;
+    number = static_cast<std::size_t>(env::ReadDecimal(key));
+    return number < limit;
 }
 
-// The first value of each number, in the order of the numbers.
-void Arrange(NumberedValues& values)
+void KeepFirst(std::wstring_view& kept, std::wstring_view value)
 {
-    const auto index = [](const NumberedValue& entry) { return entry.index; };
-    std::ranges::stable_sort(values, {}, index);
-    const auto repeated = std::ranges::unique(values, {}, index);
-    values.erase(repeated.begin(), repeated.end());
+    if (kept.data() == nullptr)
+        kept = value;
 }
 
 } // namespace
@@ -50,35 +49,27 @@ std::vector<EventCount> ReadOldHistory(const std::wstring& path, std::uint64_t l
     if (!platform::ReadWholeFile(path, limit, bytes))
         return {};
     const std::wstring text = env::DecodeProfile(bytes);
-    env::CProfileSection section(text, L"HISTORY");
-    NumberedValues fingerprints;
-    NumberedValues counts;
+    std::vector<OldEntry> entries(text.size() / smallestEntry);
     std::wstring_view length;
-    std::uint32_t index = 0;
+    env::CProfileSection section(text, L"HISTORY");
     for (std::wstring_view key, value; section.TakeEntry(key, value);)
     {
-        if (length.data() == nullptr && env::IsSameProfileName(key, L"COUNT"))
-            length = value;
-        else if (ReadNumberedKey(key, L"FP", index))
-            fingerprints.push_back({index, value});
-        else if (ReadNumberedKey(key, L"C", index))
-            counts.push_back({index, value});
+        std::size_t number = 0;
+        if (env::IsSameProfileName(key, L"COUNT"))
+            KeepFirst(length, value);
+        else if (ReadNumberedKey(key, L"FP", entries.size(), number))
+            KeepFirst(entries[number].fingerprint, value);
+        else if (ReadNumberedKey(key, L"C", entries.size(), number))
+            KeepFirst(entries[number].count, value);
     }
-    Arrange(fingerprints);
-    Arrange(counts);
+    entries.resize(std::min<std::size_t>(
+        entries.size(), static_cast<std::size_t>(std::max(env::ReadDecimal(length), 0))));
 
     std::vector<EventCount> history;
-    auto count = counts.begin();
-    for (const NumberedValue& fingerprint : fingerprints)
-    {
-        while (count != counts.end() && count->index < fingerprint.index)
-            ++count;
-        if (count == counts.end() || std::int64_t{fingerprint.index} >= env::ReadDecimal(length))
-            break;
-        if (count->index == fingerprint.index && !fingerprint.value.empty() &&
-            env::ReadDecimal(count->value) >= 1)
-            history.push_back({std::wstring(fingerprint.value), env::ReadDecimal(count->value)});
-    }
+    for (const OldEntry& entry : entries)
+        if (const std::int32_t count = env::ReadDecimal(entry.count);
+            count >= 1 && !entry.fingerprint.empty())
+            history.push_back({std::wstring(entry.fingerprint), count});
     return history;
 }
 

@@ -20,9 +20,9 @@ struct EventCount
 //   FP0=fingerprint        of the first; FP1, ... for the others
 //   C0=5                   its count; C1, ... for the others
 //
-// Entries that COUNT does not cover, or without a fingerprint or a count of at least 1, do not
-// count; nor does a file of more than `limit` bytes. Takes the time of reading the file, whatever
-// COUNT says. Any thread.
+// An entry counts if its number is below COUNT and it has a fingerprint and a count of at least 1.
+// Numbers are not looked for beyond what a file of that length can hold when they are used from 0
+// on, whatever COUNT says, and a file of more than `limit` bytes holds nothing. Any thread.
 std::vector<EventCount> ReadOldHistory(const std::wstring& path, std::uint64_t limit);
 
 } // namespace trackers
