@@ -46,7 +46,7 @@ bool PathExists(const std::wstring& path)
         full.insert(0, longPathPrefix);
     std::wstring expanded;
     if (full.find(L'%') != std::wstring::npos &&
-        platform::ExpandEnvironment(full, pathBufferSize - 1, expanded))
+        platform::ExpandEnvironment(full, pathBufferSize, expanded))
         full = std::move(expanded);
     if (platform::FileSystemItemExists(full))
         return true;

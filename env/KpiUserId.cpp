@@ -5,8 +5,6 @@
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
 
-#include <initializer_list>
-
 namespace env {
 
 namespace {
@@ -20,8 +18,7 @@ const wchar_t* const idValue = L"ID";
 constexpr std::size_t idLength = 32;   // units
 constexpr std::size_t idBytes = 64;    // in the registry, where it has no terminator
 constexpr std::size_t nameBuffer = 16; // units, terminator included
-constexpr std::initializer_list<ERegistryRoot> roots = {ERegistryRoot::ClassesRoot,
-                                                        ERegistryRoot::CurrentUser};
+constexpr ERegistryRoot roots[] = {ERegistryRoot::ClassesRoot, ERegistryRoot::CurrentUser};
 
 CRegistryKey OpenIdKey()
 {
@@ -82,7 +79,8 @@ std::wstring BuildKpiUserId(std::uint32_t tick, std::int64_t time, std::wstring_
 {
     const std::wstring tickText = FormatText(L"%d", tick);
     std::wstring id = FormatText(L"%s%I64d", tickText, time);
-    // A time text shorter than the tick text, from a clock that was never set, leaves a gap.
+    // A time text shorter than the tick text leaves a gap, filled so that no zero unit gets into a
+    // request. That is so for two weeks after the tick count has turned negative.
     id.resize(2 * tickText.size(), L'0');
     for (std::size_t next = 0; id.size() < idLength && !computerName.empty(); ++next)
         AppendFormat(id, L"%d", computerName[next % computerName.size()]);

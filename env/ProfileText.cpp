@@ -9,7 +9,7 @@ namespace env {
 namespace {
 
 constexpr std::size_t firstSize = 255;
-constexpr std::size_t sizeLimit = firstSize << 12;
+constexpr std::size_t sizeLimit = firstSize << 10;
 
 } // namespace
 

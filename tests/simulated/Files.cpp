@@ -24,7 +24,7 @@ struct Disk
 {
     std::map<std::wstring, Item> items = {{L"C:", {L"C:", true}}}; // by place
     std::vector<std::wstring> statusQueries;
-    std::map<std::wstring, std::wstring> environment; // by upper-case name
+    std::map<std::wstring, std::wstring> environment; // by upper-case "%NAME%"
     bool expandingFails = false;
 };
 
@@ -159,7 +159,7 @@ std::vector<std::wstring> TakeStatusQueries()
 void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value)
 {
     const std::scoped_lock lock(mutex);
-    disk.environment[UpperCase(name)] = value;
+    disk.environment[UpperCase(L"%" + name + L"%")] = value;
 }
 
 void SetExpandingFails(bool fails)
@@ -232,16 +232,14 @@ bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring
 {
     const std::scoped_lock lock(simulated::mutex);
     std::wstring result;
-    std::size_t read = 0;
-    while (read < text.size())
+    std::wstring_view rest = text;
+    while (!rest.empty())
     {
-        const std::size_t end = text[read] == L'%' ? text.find(L'%', read + 1) : text.npos;
-        const auto found = end == text.npos ? disk.environment.end()
-                                            : disk.environment.find(simulated::UpperCase(
-                                                  text.substr(read + 1, end - read - 1)));
-        const bool known = found != disk.environment.end();
-        result += known ? found->second : text.substr(read, 1);
-        read = known ? end + 1 : read + 1;
+        const std::size_t end = rest.front() == L'%' ? rest.find(L'%', 1) : 0;
+        const std::wstring piece(rest.substr(0, end == rest.npos ? end : end + 1));
+        const auto found = disk.environment.find(simulated::UpperCase(piece));
+        result += found == disk.environment.end() ? piece : found->second;
+        rest.remove_prefix(piece.size());
     }
     if (disk.expandingFails || result.size() >= limit)
         return false;

@@ -76,6 +76,7 @@ const char* const usage =
     "  repeat COUNT COMMAND...          do a command COUNT times\n"
     "  sleep MILLISECONDS\n"
     "  get | release                    get one more reference, give one back\n"
+    "  load                             load the module again after an unload\n"
     "  unload                           unload the module, whatever is still held\n"
     "  gone MILLISECONDS                wait until the module has left the process\n"
     "  exit                             end the process at once, giving nothing back\n"

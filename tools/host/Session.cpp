@@ -39,7 +39,9 @@ const char* TellState(ITracker* tracker)
 
 } // namespace
 
-CSession::CSession(const std::wstring& modulePath)
+CSession::CSession(const std::wstring& path) : modulePath(path) { Load(); }
+
+void CSession::Load()
 {
     Time("load", [&] { loader.emplace(modulePath.c_str()); });
     if (IsLoaded())
@@ -117,6 +119,8 @@ bool CSession::Obey(const Command& command)
         Release();
     else if (verb == L"unload")
         Unload();
+    else if (verb == L"load")
+        Load();
     else if (verb == L"gone")
         return WaitUntilGone(argument);
     else if (verb == L"exit")

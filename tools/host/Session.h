@@ -13,7 +13,7 @@ namespace host {
 class CSession
 {
 public:
-    explicit CSession(const std::wstring& modulePath);
+    explicit CSession(const std::wstring& path);
 
     // Whether the module could be loaded.
     bool IsLoaded() const noexcept { return loader.has_value() && *loader; }
@@ -25,6 +25,7 @@ public:
     void End();
 
 private:
+    void Load();
     void Get();
     void Release();
     void Unload();
@@ -32,6 +33,7 @@ private:
     bool Track(const Command& command);
     void ForEach(const std::function<void(ITracker&)>& operation) const;
 
+    const std::wstring modulePath;
     std::optional<zotracker::CLoader> loader;
     ITracker* main = nullptr;
     ITracker* kpi = nullptr;

@@ -93,8 +93,9 @@ int Run(const std::wstring& path, bool remove)
                                                                  static_cast<DWORD>(bytes.size())));
     if (!certificate)
         return Fail(L"no certificate in DER form:", path);
-    const CStorePtr store(
-        ::CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, CERT_SYSTEM_STORE_LOCAL_MACHINE, L"Root"));
+    // The registry's part of the store, because Wine forgets a removal from the whole.
+    const CStorePtr store(::CertOpenStore(CERT_STORE_PROV_SYSTEM_REGISTRY_W, 0, 0,
+                                          CERT_SYSTEM_STORE_LOCAL_MACHINE, L"Root"));
     if (!store)
         return Fail(L"cannot open the machine's root store for", path);
     return remove ? Remove(store.get(), *certificate, path) : Add(store.get(), *certificate, path);
