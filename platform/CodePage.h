@@ -17,10 +17,12 @@ std::size_t DecodeUtf8(std::string_view bytes, std::wstring& text);
 // Bytes in the system's default code page to UTF-16.
 std::wstring DecodeAnsi(std::string_view bytes);
 
-// The runtime's classification of one UTF-16 unit as a letter or digit, in the fixed locale.
+// The C runtime's classification of one UTF-16 unit as a letter or digit. It comes from a fixed
+// table, whatever locale the host has set.
 bool IsAlphanumeric(wchar_t unit);
 
-// The runtime's upper-case and lower-case forms of one UTF-16 unit.
+// The upper-case and lower-case forms of one UTF-16 unit by the system's invariant locale. The
+// runtime's own forms change with the locale that the host has set for itself.
 wchar_t ToUpper(wchar_t unit);
 wchar_t ToLower(wchar_t unit);
 

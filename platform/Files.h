@@ -23,7 +23,7 @@ bool ReadWholeFile(const std::wstring& path, std::uint64_t limit, std::string& b
 // holds either its old contents or the new ones.
 bool ReplaceFileContents(const std::wstring& path, const std::string& bytes);
 
-// Replaces "%NAME%" by the environment's values. False when the result is longer than `limit`
+// Replaces "%NAME%" by the environment's values. False when the result is longer than `limit` - 1
 // units or the system refuses; `expanded` is then unchanged.
 bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring& expanded);
 

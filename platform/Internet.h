@@ -54,7 +54,7 @@ inline constexpr std::uint32_t internetExistingConnect = 0x20000000;
 inline constexpr std::uint32_t headerAdd = 0x20000000;
 inline constexpr std::uint32_t headerReplace = 0x80000000;
 
-struct InternetState; // the system's objects, shared with calls in flight
+struct InternetState; // one object of the system, shared with calls in flight
 
 // One request and its answer.
 class CHttpFile
@@ -152,18 +152,20 @@ private:
 };
 
 // Whether the system has a connection at all (InternetGetConnectedState). On false, `error` is the
-// calling thread's last error.
-bool GetConnectedState(std::uint32_t& error);
+// system's last error. Bounded by one second after a stop request, as every call here.
+bool GetConnectedState(const CStopSignal& stop, std::uint32_t& error);
 
-// What the network list manager says of the connection to the internet.
+// What the network list manager says of the connection to the internet. Whatever the question
+// leaves as its thread's last system error becomes the caller's.
 enum class EConnectivity
 {
     Connected,
     NotConnected,
     CallFailed,     // the manager exists, the question failed
     ManagerMissing, // creating the manager failed
+    NoManager,      // creating it reported success, but there is none
     Exception       // something unforeseen
 };
-EConnectivity QueryConnectivity();
+EConnectivity QueryConnectivity(const CStopSignal& stop);
 
 } // namespace platform

@@ -12,16 +12,18 @@ namespace platform {
 // Copies the value of `key`, or `defaultValue` where file, section or key is missing, into
 // `buffer`, always with a terminating zero. Returns the number of units copied without it;
 // buffer.size() - 1 means that the value may have been cut.
-std::size_t ReadProfileString(const std::wstring& section, const std::wstring& key,
-                              const std::wstring& defaultValue, std::span<wchar_t> buffer,
-                              const std::wstring& path);
+std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,
+                            const std::wstring& defaultValue, std::span<wchar_t> buffer,
+                            const std::wstring& path);
 
-// The leading decimal integer of the value; `defaultValue` where it is missing.
+// The number that the value begins with, 0 when it begins with none; `defaultValue` where it is
+// missing or empty. The system's reader knows signs and the prefixes "0x", "0o" and "0b", and wraps
+// at 32 bits.
 std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key,
                             std::int32_t defaultValue, const std::wstring& path);
 
 // Creates file, section and key as needed. True when the value was written.
-bool WriteProfileString(const std::wstring& section, const std::wstring& key,
-                        const std::wstring& value, const std::wstring& path);
+bool WriteProfileText(const std::wstring& section, const std::wstring& key,
+                      const std::wstring& value, const std::wstring& path);
 
 } // namespace platform

@@ -51,13 +51,13 @@ struct NetworkAdapter
 {
     std::uint32_t type;                  // 6 is Ethernet
     std::string firstGateway;            // text of the first gateway address, may be empty
-    std::array<std::uint8_t, 8> address; // hardware address, zero beyond its length
+    std::array<std::uint8_t, 8> address; // hardware address, as much of it as the adapter has
 };
 
 // The adapters in the system's order; empty when there are none or the system fails.
 std::vector<NetworkAdapter> ListNetworkAdapters();
 
-// The runtime's pseudo-random generator. A draw lies between 0 and 32767.
+// The runtime's pseudo-random generator, one for each thread. A draw lies between 0 and 32767.
 void SeedRandom(std::uint32_t seed);
 std::int32_t DrawRandom();
 

@@ -51,6 +51,6 @@ private:
 void NameCurrentThread(const wchar_t* name) noexcept;
 
 // Lets another thread run.
-void YieldProcessor() noexcept;
+void YieldThread() noexcept;
 
 } // namespace platform

@@ -1,0 +1,7 @@
+#include "app/ZoTrackerApp.h"
+
+namespace {
+
+app::CZoTrackerApp application;
+
+} // namespace

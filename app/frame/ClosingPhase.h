@@ -1,0 +1,30 @@
+#pragma once
+
+#include "net/StopGrace.h"
+
+namespace app {
+
+// Keeps a worker that empties its queue at the end from holding up its tracker's release: once a
+// stop is requested it goes on sending for 10 seconds at the most, and not at all after a failure.
+//
+// Threads: the worker's only.
+class CClosingPhase
+{
+public:
+    explicit CClosingPhase(const platform::CStopSignal& stopSignal) noexcept
+        : stop(stopSignal), phase(stopSignal, 10'000)
+    {}
+
+    // Whether the next hit may still be sent. Always true while no stop is requested.
+    bool MaySend() noexcept { return !phase.IsOver() && !failed; }
+
+    // Tells how the latest attempt ended.
+    void NoteAttempt(bool delivered) noexcept;
+
+private:
+    const platform::CStopSignal& stop;
+    net::CStopGrace phase;
+    bool failed = false;
+};
+
+} // namespace app

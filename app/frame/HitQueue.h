@@ -1,0 +1,47 @@
+#pragma once
+
+#include "app/frame/TrackingHit.h"
+#include "platform/CriticalSection.h"
+
+#include <deque>
+
+namespace app {
+
+// Hits waiting to be sent, oldest first.
+//
+// Kept in memory only: hits still queued when the tracker goes are lost, so that reporting never
+// holds up the host's exit.
+//
+// Threads: any thread may call any operation. Append() holds the lock for one move and never waits
+// for the network, so the host may call it from its UI thread.
+class CHitQueue
+{
+public:
+    // Appends a hit behind all others. There is no limit on the length. A closed queue drops it.
+    void Append(TrackingHit&& hit);
+
+    // The same, with what `lead(*this)` appends in front of it; both under one lock.
+    template <class Lead>
+    void Append(TrackingHit&& hit, Lead&& lead)
+    {
+        const platform::CLock lock(queueLock);
+        lead(*this);
+        Append(std::move(hit));
+    }
+
+    // Takes the oldest hit; one of type None when there is none. Costs the same at any length.
+    TrackingHit Take();
+
+    // Drops all hits.
+    void Clear();
+
+    // Drops all hits, now and in future: there is nobody left to take them.
+    void Close();
+
+private:
+    platform::CCriticalSection queueLock;
+    std::deque<TrackingHit> hits; // guarded by queueLock
+    bool closed = false;          // guarded by queueLock
+};
+
+} // namespace app

@@ -1,0 +1,78 @@
+#include "app/frame/Hits.h"
+
+#include "env/Text.h"
+
+#include <utility>
+
+namespace app {
+
+namespace {
+
+constexpr std::wstring_view OrUnknown(std::wstring_view text)
+{
+    return text.empty() ? L"unknown" : text;
+}
+
+bool IsEventValue(std::wstring_view value)
+{
+    return value.empty() || value == L"0" || env::ReadDecimal(value) != 0;
+}
+
+} // namespace
+
+TrackingHit MakePageviewHit()
+{
+    TrackingHit hit;
+    hit.type = EHitType::Pageview;
+    return hit;
+}
+
+TrackingHit MakeMessageHit(std::wstring_view text)
+{
+    TrackingHit hit;
+    hit.type = EHitType::Message;
+    hit.field5 = text;
+    return hit;
+}
+
+TrackingHit MakeEventHit(std::wstring_view category, std::wstring_view action,
+                         std::wstring_view label, std::wstring_view value, std::wstring page)
+{
+    TrackingHit hit;
+    hit.type = EHitType::Event;
+    hit.field1 = value.empty() ? L"0" : value;
+    hit.field2 = OrUnknown(category);
+    hit.field3 = OrUnknown(label);
+    hit.field4 = OrUnknown(action);
+    hit.field5 = std::move(page);
+    return hit;
+}
+
+TrackingHit MakeEventExHit(std::wstring_view category, std::wstring_view action,
+                           std::wstring_view label, std::wstring_view value, std::wstring_view page,
+                           bool onceOnly)
+{
+    TrackingHit hit;
+    hit.type = EHitType::Event;
+    if (IsEventValue(value))
+        hit.field1 = value;
+    hit.field2 = OrUnknown(category);
+    hit.field3 = label;
+    hit.field4 = OrUnknown(action);
+    hit.field5 = std::move(page);
+    hit.onceOnly = onceOnly;
+    return hit;
+}
+
+TrackingHit MakePhashHit(std::wstring_view phash)
+{
+    TrackingHit hit;
+    hit.type = EHitType::CustomVariable;
+    hit.field1 = phash;
+    hit.field2 = L"1";
+    hit.field3 = L"PHASH";
+    hit.field4 = L"2";
+    return hit;
+}
+
+} // namespace app

@@ -1,0 +1,12 @@
+#pragma once
+
+namespace app {
+
+// What a worker thread gets to know its tracker by, and through which trackers are deleted.
+class ThreadParam
+{
+public:
+    virtual ~ThreadParam() = default;
+};
+
+} // namespace app

@@ -1,0 +1,98 @@
+#include "app/frame/TrackerBase.h"
+
+#include "app/frame/Hits.h"
+#include "env/InstallConfig.h"
+
+namespace app {
+
+namespace {
+
+constexpr std::wstring_view OrEmpty(const wchar_t* text)
+{
+    return text == nullptr ? std::wstring_view() : std::wstring_view(text);
+}
+
+} // namespace
+
+CTrackerBase::CTrackerBase(CWorkerThread::Entry entry, std::wstring_view threadName)
+    : worker(entry, this, threadName, &noCrashReporting)
+{}
+
+void CTrackerBase::TrackPageview() noexcept
+{
+    Guard([&] { QueueHit(MakePageviewHit()); });
+}
+
+void CTrackerBase::TrackEvent(const wchar_t* category, const wchar_t* action, const wchar_t* label,
+                              TrackerText value, TrackerText page) noexcept
+{
+    Guard([&] {
+        QueueHit(MakeEventHit(OrEmpty(category), OrEmpty(action), OrEmpty(label), value.View(),
+                              PageOrProductName(page)));
+    });
+}
+
+void CTrackerBase::TrackEventEx(TrackerText category, TrackerText action, TrackerText label,
+                                TrackerText value, TrackerText page, bool onceOnly) noexcept
+{
+    Guard([&] {
+        QueueHit(MakeEventExHit(category.View(), action.View(), label.View(), value.View(),
+                                PageOrProductName(page), onceOnly));
+    });
+}
+
+void CTrackerBase::TrackMessage(TrackerText text) noexcept
+{
+    Guard([&] { QueueHit(MakeMessageHit(text.View())); });
+}
+
+std::wstring CTrackerBase::GetProductName() const
+{
+    const platform::CLock lock(productLock);
+    return productName;
+}
+
+std::wstring CTrackerBase::PageOrProductName(TrackerText page) const
+{
+    return page.View().empty() ? GetProductName() : std::wstring(page.View());
+}
+
+void CTrackerBase::StartWorker()
+{
+    stop.Clear();
+    worker.Start();
+}
+
+void CTrackerBase::StopWorker() noexcept
+{
+    Guard([&] {
+        stop.Request();
+        worker.Join();
+    });
+}
+
+void CTrackerBase::SwitchInstallTracking(bool enable, bool mayEnable)
+{
+    if ((env::GetInstallConfigInt(L"install", L"tracking", 0) == 1) == enable)
+        return;
+    if (enable && mayEnable)
+        trackingEnabled = true;
+    ReportTrackingSwitch(enable);
+    env::SetInstallConfigString(L"install", L"tracking", enable ? L"1" : L"0");
+}
+
+void CTrackerBase::ReportTrackingSwitch(bool enable)
+{
+    TrackEventEx(L"TRACKER", enable ? L"ACTIVATED" : L"DEACTIVATED", L"", L"", L"", false);
+}
+
+std::wstring CTrackerBase::ReadConfiguredProductName(const std::wstring& configPath)
+{
+    const std::wstring trackingName =
+        env::GetInstallConfigString(L"install", L"ProductTrackingName", L"", configPath);
+    return trackingName.empty()
+               ? env::GetInstallConfigString(L"install", L"ProductName", L"", configPath)
+               : trackingName;
+}
+
+} // namespace app

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "app/frame/HitQueue.h"
+#include "app/frame/ThreadParam.h"
+#include "app/frame/WorkerThread.h"
+#include "platform/CriticalSection.h"
+#include "platform/StopSignal.h"
+#include "zotracker/ITracker.h"
+
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <string_view>
+
+namespace app {
+
+// How long an idle worker waits before it looks at its queue again, and between two hits of the
+// trackers that report by GET.
+inline constexpr std::chrono::milliseconds idlePause{2000};
+inline constexpr std::chrono::milliseconds pauseBetweenHits{100};
+
+// What every tracker stands on: the host's calls become hits in a queue, one worker thread takes
+// them out. A tracker adds its configuration, its requests and its RunWorker().
+//
+// A tracker starts its worker at the end of its constructor and stops it at the beginning of its
+// destructor, so that the worker never sees half an object.
+class CTrackerBase : public ITracker, public ThreadParam
+{
+public:
+    CTrackerBase(const CTrackerBase&) = delete;
+    CTrackerBase& operator=(const CTrackerBase&) = delete;
+
+    std::uint32_t GetInterfaceVersion() noexcept final { return trackerInterfaceVersion; }
+    bool IsTrackingEnabled() noexcept final { return trackingEnabled; }
+    void TrackPageview() noexcept final;
+    void TrackEvent(const wchar_t* category, const wchar_t* action, const wchar_t* label,
+                    TrackerText value, TrackerText page) noexcept final;
+    void TrackEventEx(TrackerText category, TrackerText action, TrackerText label,
+                      TrackerText value, TrackerText page, bool onceOnly) noexcept final;
+    void TrackMessage(TrackerText text) noexcept final;
+
+    // The name under which hits go out just now. Any thread.
+    std::wstring GetProductName() const;
+
+protected:
+    // Throws CSystemException when the system has no lock or event left.
+    CTrackerBase(CWorkerThread::Entry entry, std::wstring_view threadName);
+    ~CTrackerBase() override = default;
+
+    // Appends a hit; a tracker may let others lead it in.
+    virtual void QueueHit(TrackingHit&& hit) { queue.Append(std::move(hit)); }
+
+    // Runs `operation`; whatever fails in it is dropped, so that the host never sees it.
+    template <class Operation>
+    static void Guard(Operation&& operation) noexcept
+    {
+        try
+        {
+            operation();
+        }
+        catch (...)
+        {}
+    }
+
+    // The entry routine of a tracker's worker thread: runs the tracker that `parameter` is. A
+    // worker that fails, for want of memory, closes its queue.
+    template <class Tracker>
+    static std::uint32_t RunTrackerWorker(ThreadParam* parameter) noexcept
+    {
+        if (auto* const tracker = dynamic_cast<Tracker*>(parameter))
+            tracker->RunGuarded([tracker] { tracker->RunWorker(); });
+        return 0;
+    }
+
+    void StartWorker();
+
+    // Asks the worker to finish and waits for it.
+    void StopWorker() noexcept;
+
+    // Switches "install"/"tracking" as SetTrackingEnabled asks, reporting the change as an event.
+    // Disabling leaves the flag of this run as it is, so that the event and what follows it still
+    // go out; enabling raises it only if `mayEnable`.
+    void SwitchInstallTracking(bool enable, bool mayEnable);
+
+    // Queues the event that tells of tracking having been switched.
+    void ReportTrackingSwitch(bool enable);
+
+    // "install"/"ProductTrackingName", else "install"/"ProductName", else empty. An empty path is
+    // the default configuration file.
+    static std::wstring ReadConfiguredProductName(const std::wstring& configPath);
+
+    std::atomic<bool> trackingEnabled{false};
+    CHitQueue queue;
+    platform::CStopSignal stop;
+    mutable platform::CCriticalSection productLock;
+    std::wstring productName; // guarded by productLock
+
+private:
+    template <class Work>
+    void RunGuarded(Work&& work) noexcept
+    {
+        try
+        {
+            work();
+        }
+        catch (...)
+        {
+            queue.Close();
+        }
+    }
+
+    std::wstring PageOrProductName(TrackerText page) const;
+
+    CWorkerThread worker;
+};
+
+} // namespace app

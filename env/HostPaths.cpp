@@ -1,0 +1,48 @@
+#include "env/HostPaths.h"
+
+#include "env/ProcessCache.h"
+#include "platform/HostPaths.h"
+
+namespace env {
+
+namespace {
+
+constexpr int commonApplicationData = 35; // CSIDL_COMMON_APPDATA
+
+std::wstring FindApplicationFolder()
+{
+    const std::wstring path = platform::GetHostExecutablePath(pathBufferSize);
+    const std::size_t separator = path.rfind(L'\\');
+    return (separator == std::wstring::npos ? L"" : path.substr(0, separator)) + L"\\";
+}
+
+} // namespace
+
+std::wstring GetApplicationFolder()
+{
+    CProcessCache& cache = CProcessCache::Get();
+    const std::wstring folder = cache.Find(ECachedText::ApplicationFolder);
+    return folder.empty() ? cache.Keep(ECachedText::ApplicationFolder, FindApplicationFolder())
+                          : folder;
+}
+
+std::wstring GetApplicationFilePath()
+{
+    CProcessCache& cache = CProcessCache::Get();
+    const std::wstring path = cache.Find(ECachedText::ApplicationFilePath);
+    return path.empty() ? cache.Keep(ECachedText::ApplicationFilePath,
+                                     platform::GetHostExecutablePath(pathBufferSize))
+                        : path;
+}
+
+std::wstring GetSpecialFolderPath(int folderId)
+{
+    return platform::GetSpecialFolder(folderId) + L"\\";
+}
+
+std::wstring GetSuiteFolder(const std::wstring& companyFolderWord)
+{
+    return GetSpecialFolderPath(commonApplicationData) + L"\\" + companyFolderWord;
+}
+
+} // namespace env

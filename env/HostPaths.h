@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+// Where the host application and the suite keep their files. Any thread.
+namespace env {
+
+// Units, terminator included, of the buffers in which paths are asked for and expanded.
+inline constexpr std::size_t pathBufferSize = 32'780;
+
+// The folder of the host process's executable, not of this library, ending in "\". Found out once
+// per process.
+std::wstring GetApplicationFolder();
+
+// The full path of the host process's executable. Found out once per process.
+std::wstring GetApplicationFilePath();
+
+// A shell special folder by its CSIDL number, ending in "\"; "\" alone when there is none.
+std::wstring GetSpecialFolderPath(int folderId);
+
+// The suite's folder for the data of all users, without a separator at the end; its last name is
+// `companyFolderWord`. Holds a doubled backslash before it, which the system accepts. Nobody has
+// created it.
+std::wstring GetSuiteFolder(const std::wstring& companyFolderWord = L"veltrano");
+
+} // namespace env

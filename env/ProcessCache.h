@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <string>
+
+namespace env {
+
+// The texts that are found out once per process.
+enum class ECachedText : std::size_t
+{
+    ApplicationFolder,
+    ApplicationFilePath,
+    ComputerId,
+    ProductUserId,
+    ProductVersion,
+    Count
+};
+
+// What the process found out about itself and its machine; filled on first use, then constant.
+//
+// Threads: any. No lock is involved, so a thread that is ended in the middle, as at the exit of
+// the process, cannot keep the others from reading.
+class CProcessCache
+{
+public:
+    // The process's cache. Whatever calls this while it is being constructed, such as the
+    // application object, may still call it while it is being destroyed.
+    static CProcessCache& Get();
+
+    CProcessCache() noexcept = default;
+    ~CProcessCache();
+    CProcessCache(const CProcessCache&) = delete;
+    CProcessCache& operator=(const CProcessCache&) = delete;
+
+    // A copy of the cached text; empty when it has not been found out yet.
+    std::wstring Find(ECachedText which) const;
+
+    // Caches a text unless it is empty or another thread was faster; the first one stays. Returns
+    // the text to go on with, so that all threads agree.
+    std::wstring Keep(ECachedText which, std::wstring found);
+
+    // Forgets everything. For tests, while no other thread uses the cache.
+    void Reset() noexcept;
+
+    // Whether the native processor is an x64: 0 yes, 1 no, negative when not found out yet.
+    std::atomic<int> nativeX64State = -1;
+
+    // Set while a thread computes a product user identifier.
+    std::atomic<bool> productUserIdBusy = false;
+
+private:
+    std::array<std::atomic<const std::wstring*>, static_cast<std::size_t>(ECachedText::Count)>
+        texts = {};
+};
+
+// Makes the next look-ups start afresh. For tests.
+void ResetProcessCache() noexcept;
+
+} // namespace env

@@ -1,0 +1,90 @@
+#include "env/Text.h"
+
+#include "net/Md5.h"
+#include "platform/CodePage.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace env {
+
+namespace {
+
+bool IsKept(wchar_t unit)
+{
+    if (unit >= 0x80)
+        return platform::IsAlphanumeric(unit);
+    return (unit >= L'0' && unit <= L'9') || (unit >= L'A' && unit <= L'Z') ||
+           (unit >= L'a' && unit <= L'z');
+}
+
+void AppendEscape(std::wstring& query, std::uint16_t unit)
+{
+    query += L'%';
+    int shift = 12;
+    while (shift > 0 && unit >> shift == 0)
+        shift -= 4;
+    for (; shift >= 0; shift -= 4)
+        query += L"0123456789ABCDEF"[(unit >> shift) & 0xF];
+}
+
+} // namespace
+
+std::string Utf16ToUtf8(std::wstring_view text) { return platform::EncodeUtf8(text); }
+
+std::wstring Utf8ToUtf16(std::string_view bytes)
+{
+    constexpr std::size_t refusedLength = 65'533;
+    std::wstring text;
+    const std::size_t length = platform::DecodeUtf8(bytes, text);
+    if (length == 0 || length == refusedLength)
+        return platform::DecodeAnsi(bytes);
+    return text;
+}
+
+void AppendQueryText(std::wstring& query, std::wstring_view text, bool keepAlphanumerics)
+{
+    for (const wchar_t unit : text)
+        if (keepAlphanumerics && IsKept(unit))
+            query += unit;
+        else
+            AppendEscape(query, static_cast<std::uint16_t>(unit));
+}
+
+std::wstring EncodeQueryText(std::wstring_view text, bool keepAlphanumerics)
+{
+    std::wstring query;
+    query.reserve(text.size() + text.size() / 2);
+    AppendQueryText(query, text, keepAlphanumerics);
+    return query;
+}
+
+std::wstring Md5OfText(std::wstring_view text) { return net::Md5Hex(Utf16ToUtf8(text).c_str()); }
+
+std::int32_t ReadDecimal(std::wstring_view text)
+{
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(ReadDecimal64(text), Limits::min(), Limits::max()));
+}
+
+std::int64_t ReadDecimal64(std::wstring_view text)
+{
+    constexpr std::uint64_t largest = std::numeric_limits<std::int64_t>::max();
+    const std::size_t start = text.find_first_not_of(L" \t\n\v\f\r");
+    text.remove_prefix(std::min(start, text.size()));
+    const bool negative = text.starts_with(L'-');
+    if (negative || text.starts_with(L'+'))
+        text.remove_prefix(1);
+
+    const std::uint64_t limit = negative ? largest + 1 : largest;
+    std::uint64_t magnitude = 0;
+    for (; !text.empty() && text[0] >= L'0' && text[0] <= L'9'; text.remove_prefix(1))
+    {
+        const auto digit = static_cast<std::uint64_t>(text[0] - L'0');
+        magnitude = magnitude > (limit - digit) / 10 ? limit : magnitude * 10 + digit;
+    }
+    return static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
+}
+
+} // namespace env

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// Conversions of the module's texts: UTF-16 units inside, bytes and escapes outside. Any thread.
+namespace env {
+
+// The text's UTF-8 bytes; an unpaired surrogate becomes U+FFFD.
+std::string Utf16ToUtf8(std::wstring_view text);
+
+// The text of UTF-8 bytes, bytes that are not UTF-8 as U+FFFD. Where the system does not decode
+// them, and for exactly 65,533 units, the bytes are read in the system's default code page.
+std::wstring Utf8ToUtf16(std::string_view bytes);
+
+// Appends `text` to a query as a value: letters and digits as they stand if `keepAlphanumerics`
+// says so, every other unit as "%" and its value in upper-case hexadecimal, without padding and
+// without a UTF-8 step. A line feed becomes "%A", the euro sign "%20AC"; servers that decode by
+// RFC 3986 do not get these back.
+void AppendQueryText(std::wstring& query, std::wstring_view text, bool keepAlphanumerics);
+
+// The same as a text of its own.
+std::wstring EncodeQueryText(std::wstring_view text, bool keepAlphanumerics);
+
+// The MD5 digest of the text's UTF-8 bytes before its first zero unit, as 32 lower-case
+// hexadecimal digits.
+std::wstring Md5OfText(std::wstring_view text);
+
+// The integer that a text begins with, as the runtime's _wtoi and _wtoi64 read it: white space, a
+// sign, decimal digits, the rest is ignored. 0 when there is none; the nearest limit when it does
+// not fit.
+std::int32_t ReadDecimal(std::wstring_view text);
+std::int64_t ReadDecimal64(std::wstring_view text);
+
+} // namespace env

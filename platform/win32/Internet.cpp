@@ -1,0 +1,361 @@
+#include "platform/Internet.h"
+
+#include "platform/Url.h"
+#include "platform/win32/DeadlineCall.h"
+
+#include <windows.h>
+
+#include <wininet.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace platform {
+
+using std::chrono::milliseconds;
+
+namespace {
+
+// Time-outs of one session, in milliseconds; the defaults bound calls whose owner has set none.
+struct Timeouts
+{
+    std::uint32_t connect = 30'000;
+    std::uint32_t send = 30'000;
+    std::uint32_t receive = 30'000;
+    std::uint32_t dataSend = 30'000;
+    std::uint32_t dataReceive = 30'000;
+
+    std::uint32_t& operator[](EInternetOption option) noexcept
+    {
+        switch (option)
+        {
+        case EInternetOption::ConnectTimeout:
+            return connect;
+        case EInternetOption::SendTimeout:
+            return send;
+        case EInternetOption::ReceiveTimeout:
+            return receive;
+        case EInternetOption::DataSendTimeout:
+            return dataSend;
+        case EInternetOption::DataReceiveTimeout:
+            break;
+        }
+        return dataReceive;
+    }
+
+    milliseconds ForSending() const { return milliseconds(std::max(send, dataSend)); }
+    milliseconds ForReceiving() const { return milliseconds(std::max(receive, dataReceive)); }
+    milliseconds ForWhole() const { return milliseconds(connect) + ForSending() + ForReceiving(); }
+};
+
+constexpr EInternetOption allOptions[] = {
+    EInternetOption::ConnectTimeout, EInternetOption::SendTimeout, EInternetOption::ReceiveTimeout,
+    EInternetOption::DataSendTimeout, EInternetOption::DataReceiveTimeout};
+
+// For calls that do not wait for the network.
+constexpr milliseconds localCallLimit{10'000};
+
+// The longest header of an answer that anybody asks for.
+constexpr std::size_t maxHeaderUnits = 65'536;
+
+DWORD GetFailure() noexcept
+{
+    const DWORD error = ::GetLastError();
+    return error != 0 ? error : static_cast<DWORD>(ERROR_INTERNET_INTERNAL_ERROR);
+}
+
+DWORD ErrorOf(BOOL succeeded) noexcept { return succeeded ? 0 : GetFailure(); }
+
+void SetTimeout(HINTERNET handle, EInternetOption option, std::uint32_t value)
+{
+    ::InternetSetOptionW(handle, static_cast<DWORD>(option), &value, sizeof(value));
+}
+
+} // namespace
+
+// A handle with the handles it came from, which are closed after it.
+struct InternetState
+{
+    InternetState(const CStopSignal& stopSignal, std::shared_ptr<InternetState> from)
+        : stop(stopSignal), parent(std::move(from))
+    {
+        if (parent)
+            timeouts = parent->timeouts;
+    }
+    InternetState(const InternetState&) = delete;
+    InternetState& operator=(const InternetState&) = delete;
+    ~InternetState() { Close(); }
+
+    BOOL Close() noexcept
+    {
+        const HINTERNET open = std::exchange(handle, nullptr);
+        return open == nullptr || ::InternetCloseHandle(open);
+    }
+
+    const CStopSignal& stop; // asked by the owner's thread only
+    std::shared_ptr<InternetState> parent;
+    HINTERNET handle = nullptr;
+    Timeouts timeouts;
+    bool abandoned = false; // a call is still in flight; the owner's thread only
+};
+
+namespace {
+
+using Shared = std::shared_ptr<InternetState>;
+
+// Runs `call` within `limit`, throws the error number that it returns. It holds its own share of
+// all it touches, for it may outlast this function.
+void Perform(InternetState& state, milliseconds limit, std::function<DWORD()> call)
+{
+    if (state.abandoned)
+        throw CInternetException(internetOperationCancelled);
+    const auto error = std::make_shared<DWORD>(0);
+    if (!RunWithinDeadline([error, call = std::move(call)] { *error = call(); }, limit, state.stop))
+    {
+        state.abandoned = true;
+        throw CInternetException(state.stop.IsRequested() ? internetOperationCancelled
+                                                          : internetTimeout);
+    }
+    if (*error != 0)
+        throw CInternetException(*error);
+}
+
+// Opens a handle below `parent` (none for a session) by `open`.
+Shared OpenBelow(const CStopSignal& stop, const Shared& parent,
+                 std::function<HINTERNET(const InternetState&)> open)
+{
+    const auto created = std::make_shared<InternetState>(stop, parent);
+    Perform(*created, localCallLimit, [created, open = std::move(open)] {
+        created->handle = open(*created);
+        return created->handle != nullptr ? 0 : GetFailure();
+    });
+    return created;
+}
+
+// Gives up the owner's share on a thread that may wait; the last share closes the handles.
+void Drop(Shared& state) noexcept
+{
+    if (!state)
+        return;
+    const CStopSignal& stop = state->stop;
+    try
+    {
+        RunWithinDeadline([own = std::move(state)]() mutable { own.reset(); }, localCallLimit,
+                          stop);
+    }
+    catch (const std::bad_alloc&)
+    {
+        state.reset();
+    }
+}
+
+// Closes the owner's handle unless a call in flight still needs it.
+void CloseOwned(Shared& state)
+{
+    if (!state)
+        return;
+    const Shared closing = std::move(state);
+    if (closing.use_count() == 1 && !closing->abandoned)
+        Perform(*closing, localCallLimit, [closing] { return ErrorOf(closing->Close()); });
+}
+
+std::wstring QueryHeader(InternetState& state, const Shared& own, DWORD level)
+{
+    const auto text = std::make_shared<std::wstring>();
+    Perform(state, localCallLimit, [own, text, level]() -> DWORD {
+        DWORD bytes = 0;
+        ::HttpQueryInfoW(own->handle, level, nullptr, &bytes, nullptr);
+        if (bytes == 0 || bytes / sizeof(wchar_t) > maxHeaderUnits)
+            return 0;
+        text->resize(bytes / sizeof(wchar_t) + 1);
+        bytes = static_cast<DWORD>(text->size() * sizeof(wchar_t));
+        const BOOL found = ::HttpQueryInfoW(own->handle, level, text->data(), &bytes, nullptr);
+        text->resize(found ? bytes / sizeof(wchar_t) : 0);
+        return 0;
+    });
+    return *text;
+}
+
+std::uint32_t QueryNumber(InternetState& state, const Shared& own, DWORD level)
+{
+    const auto number = std::make_shared<DWORD>(0);
+    Perform(state, localCallLimit, [own, number, level]() -> DWORD {
+        DWORD bytes = sizeof(DWORD);
+        if (!::HttpQueryInfoW(own->handle, level | HTTP_QUERY_FLAG_NUMBER, number.get(), &bytes,
+                              nullptr))
+            *number = 0;
+        return 0;
+    });
+    return *number;
+}
+
+} // namespace
+
+// --- one request -------------------------------------------------------------------------------
+
+CHttpFile::CHttpFile(std::shared_ptr<InternetState> opened) noexcept : state(std::move(opened)) {}
+
+CHttpFile::~CHttpFile() { Drop(state); }
+
+void CHttpFile::AddRequestHeaders(const std::wstring& headers, std::uint32_t flags)
+{
+    Perform(*state, localCallLimit, [own = state, headers, flags] {
+        return ErrorOf(::HttpAddRequestHeadersW(own->handle, headers.data(),
+                                                static_cast<DWORD>(headers.size()), flags));
+    });
+}
+
+void CHttpFile::SendRequest()
+{
+    Perform(*state, state->timeouts.ForWhole(), [own = state] {
+        return ErrorOf(::HttpSendRequestW(own->handle, nullptr, 0, nullptr, 0));
+    });
+}
+
+void CHttpFile::SendRequestEx(std::uint64_t total)
+{
+    Perform(*state, state->timeouts.ForWhole(), [own = state, total] {
+        INTERNET_BUFFERSW buffers{};
+        buffers.dwStructSize = sizeof(buffers);
+        buffers.dwBufferTotal = static_cast<DWORD>(total);
+        return ErrorOf(::HttpSendRequestExW(own->handle, &buffers, nullptr, HSR_INITIATE, 1));
+    });
+}
+
+void CHttpFile::Write(const char* bytes, std::size_t count)
+{
+    Perform(*state, state->timeouts.ForSending(),
+            [own = state, copy = std::vector<char>(bytes, bytes + count)]() -> DWORD {
+                for (std::size_t done = 0; done < copy.size();)
+                {
+                    DWORD written = 0;
+                    if (!::InternetWriteFile(own->handle, copy.data() + done,
+                                             static_cast<DWORD>(copy.size() - done), &written))
+                        return GetFailure();
+                    if (written == 0)
+                        return ERROR_INTERNET_CONNECTION_ABORTED;
+                    done += written;
+                }
+                return 0;
+            });
+}
+
+void CHttpFile::EndRequest()
+{
+    Perform(*state, state->timeouts.ForWhole(),
+            [own = state] { return ErrorOf(::HttpEndRequestW(own->handle, nullptr, 0, 1)); });
+}
+
+std::uint32_t CHttpFile::QueryStatusCode()
+{
+    return QueryNumber(*state, state, HTTP_QUERY_STATUS_CODE);
+}
+
+std::uint32_t CHttpFile::QueryContentLength()
+{
+    return QueryNumber(*state, state, HTTP_QUERY_CONTENT_LENGTH);
+}
+
+std::wstring CHttpFile::QueryContentLocation()
+{
+    return QueryHeader(*state, state, HTTP_QUERY_CONTENT_LOCATION);
+}
+
+std::wstring CHttpFile::QueryLocation() { return QueryHeader(*state, state, HTTP_QUERY_LOCATION); }
+
+std::wstring CHttpFile::QueryRawHeaders()
+{
+    return QueryHeader(*state, state, HTTP_QUERY_RAW_HEADERS_CRLF);
+}
+
+std::size_t CHttpFile::Read(char* buffer, std::size_t count)
+{
+    const auto block = std::make_shared<std::vector<char>>(count);
+    Perform(*state, state->timeouts.ForReceiving(), [own = state, block] {
+        DWORD read = 0;
+        const DWORD error = ErrorOf(::InternetReadFile(own->handle, block->data(),
+                                                       static_cast<DWORD>(block->size()), &read));
+        block->resize(std::min<std::size_t>(read, block->size()));
+        return error;
+    });
+    std::copy(block->begin(), block->end(), buffer);
+    return block->size();
+}
+
+void CHttpFile::Abort() noexcept
+{
+    if (state)
+        state->abandoned = true;
+    Drop(state);
+}
+
+void CHttpFile::Close() { CloseOwned(state); }
+
+// --- one connection ----------------------------------------------------------------------------
+
+CHttpConnection::CHttpConnection(std::shared_ptr<InternetState> opened) noexcept
+    : state(std::move(opened))
+{}
+
+CHttpConnection::~CHttpConnection() { Drop(state); }
+
+std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb,
+                                                        const std::wstring& object,
+                                                        const std::wstring& referrer,
+                                                        std::uintptr_t context, std::uint32_t flags)
+{
+    return std::make_unique<CHttpFile>(
+        OpenBelow(state->stop, state,
+                  [verb, escaped = EscapeObject(object), referrer, context,
+                   flags](const InternetState& request) {
+                      const HINTERNET opened = ::HttpOpenRequestW(
+                          request.parent->handle, verb.c_str(), escaped.c_str(), L"HTTP/1.1",
+                          referrer.empty() ? nullptr : referrer.c_str(), nullptr, flags, context);
+                      // No system's requests inherit every time-out of their session.
+                      Timeouts timeouts = request.timeouts;
+                      for (const EInternetOption option : allOptions)
+                          SetTimeout(opened, option, timeouts[option]);
+                      return opened;
+                  }));
+}
+
+void CHttpConnection::Close() { CloseOwned(state); }
+
+// --- a session ---------------------------------------------------------------------------------
+
+CInternetSession::CInternetSession(const std::wstring& agent, std::uintptr_t /*context*/,
+                                   const CStopSignal& stop)
+    : state(OpenBelow(stop, nullptr, [agent](const InternetState&) {
+          return ::InternetOpenW(agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
+      }))
+{}
+
+CInternetSession::~CInternetSession() { Drop(state); }
+
+void CInternetSession::SetOption(EInternetOption option, std::uint32_t value)
+{
+    state->timeouts[option] = value;
+    Perform(*state, localCallLimit, [own = state, option, value]() -> DWORD {
+        SetTimeout(own->handle, option, value);
+        return 0;
+    });
+}
+
+std::unique_ptr<CHttpConnection> CInternetSession::GetHttpConnection(const std::wstring& host,
+                                                                     std::uint16_t port,
+                                                                     std::uint32_t flags)
+{
+    return std::make_unique<CHttpConnection>(
+        OpenBelow(state->stop, state, [host, port, flags](const InternetState& connection) {
+            return ::InternetConnectW(connection.parent->handle, host.c_str(), port, nullptr,
+                                      nullptr, INTERNET_SERVICE_HTTP, flags, 1);
+        }));
+}
+
+void CInternetSession::Close() { CloseOwned(state); }
+
+} // namespace platform

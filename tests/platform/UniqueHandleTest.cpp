@@ -1,0 +1,79 @@
+#include "platform/win32/UniqueHandle.h"
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<int> closed;
+
+struct NumberTraits
+{
+    using Raw = int;
+    static Raw None() noexcept { return 0; }
+    static bool IsValid(Raw raw) noexcept { return raw != 0; }
+    static void Close(Raw raw) noexcept
+    {
+        closed.push_back(raw);
+        ::SetLastError(ERROR_INVALID_HANDLE);
+    }
+};
+using CNumber = CUniqueHandle<NumberTraits>;
+
+class UniqueHandle : public testing::Test
+{
+protected:
+    UniqueHandle() { closed.clear(); }
+};
+
+TEST_F(UniqueHandle, ClosesOnceAtTheEnd)
+{
+    {
+        CNumber first(1);
+        CNumber second(std::move(first));
+        EXPECT_FALSE(first);
+        EXPECT_EQ(second.Get(), 1);
+        EXPECT_THAT(closed, IsEmpty());
+    }
+    EXPECT_THAT(closed, ElementsAre(1));
+}
+
+TEST_F(UniqueHandle, ClosesWhatItHeldWhenGivenAnother)
+{
+    CNumber kept(1);
+    kept = CNumber(2);
+    EXPECT_THAT(closed, ElementsAre(1));
+    kept.Reset(3);
+    EXPECT_THAT(closed, ElementsAre(1, 2));
+    *kept.Put() = 4;
+    EXPECT_THAT(closed, ElementsAre(1, 2, 3));
+    EXPECT_EQ(kept.Release(), 4);
+    kept.Reset();
+    EXPECT_THAT(closed, ElementsAre(1, 2, 3));
+}
+
+TEST_F(UniqueHandle, SurvivesMovingIntoItself)
+{
+    CNumber kept(1);
+    CNumber& same = kept;
+    kept = std::move(same);
+    EXPECT_EQ(kept.Get(), 1);
+    EXPECT_THAT(closed, IsEmpty());
+}
+
+TEST_F(UniqueHandle, ClosingLeavesTheLastErrorAlone)
+{
+    ::SetLastError(ERROR_FILE_NOT_FOUND);
+    CNumber(1).Reset();
+    EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+}
+
+} // namespace
+
+} // namespace platform

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/Internet.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+// The scripted internet of the simulated Windows: every request that is sent takes the next answer
+// of the script, or a plain 200 when the script is empty, and is noted.
+namespace simulated {
+
+// Where in a request's life an answer makes a call fail.
+enum class ENetworkStage
+{
+    None,
+    Session,
+    Connect,
+    OpenRequest,
+    AddHeaders,
+    Send,
+    Write,
+    EndRequest,
+    Read,
+    CloseRequest,
+    CloseConnection
+};
+
+struct Answer
+{
+    ENetworkStage failsAt = ENetworkStage::None;
+    std::uint32_t error = 0;            // WinINet number of that failure
+    std::chrono::milliseconds delay{0}; // virtual time until the head of the answer is there
+    std::uint32_t status = 200;
+    std::uint32_t contentLength = 0; // as declared; 0 is absent
+    std::wstring location;
+    std::wstring contentLocation;
+    std::string body;
+    std::vector<std::size_t> firstReads; // how many bytes the first reads return at the most
+    std::size_t bytesPerRead = 8192;     // and all others
+};
+
+struct SentRequest
+{
+    std::int64_t atMilliseconds; // virtual time
+    std::wstring agent;          // of the session
+    std::wstring host;
+    std::uint16_t port;
+    std::uint32_t connectionFlags;
+    std::uint32_t requestFlags;
+    std::wstring verb;
+    std::wstring object; // escaped as it goes out
+    std::wstring referrer;
+    std::wstring headers;
+    std::string body;
+    std::vector<std::size_t> writes; // sizes, in order
+    std::map<platform::EInternetOption, std::uint32_t> timeouts;
+};
+
+void ResetInternet();
+void AddAnswer(Answer answer);
+void SetConnectedState(bool connected, std::uint32_t error);
+void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error = 0);
+
+// Every send so far, failed ones included, in order.
+std::vector<SentRequest> GetSentRequests();
+
+// How many sessions, connections and requests are open.
+int GetOpenInternetHandles();
+
+} // namespace simulated

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+// Profile files are files of the model's disk; see Files.h for setting them up.
+namespace simulated {
+
+// One call of a profile function, as it was made.
+struct ProfileCall
+{
+    enum class EKind
+    {
+        ReadString,
+        ReadInt,
+        WriteString
+    };
+    EKind kind;
+    std::wstring section;
+    std::wstring key;
+    std::wstring path;
+    std::size_t bufferSize; // units; 0 unless a string is read
+};
+
+// All calls since the last take, in order.
+std::vector<ProfileCall> TakeProfileCalls();
+
+void ResetProfileFile();
+
+} // namespace simulated

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "platform/Registry.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// The model's registry: the two roots that the module uses, with their two views. Key and value
+// names ignore case.
+//
+// Keys below "CLSID" of the classes root and below "SOFTWARE\Classes\CLSID" of the current user
+// are separate for 32-bit and 64-bit programs; all others, "CLSID" directly under the current user
+// too, are one for both. The two roots share nothing: that the real classes root also shows what
+// stands in the current user's "SOFTWARE\Classes" is not modelled.
+namespace simulated {
+
+struct RegistryValue
+{
+    std::uint32_t type;
+    std::vector<std::uint8_t> bytes;
+};
+
+// The UTF-16 bytes of a text, low byte first, with a terminating zero.
+std::vector<std::uint8_t> TerminatedText(const std::wstring& text);
+
+void PutRegistryValue(platform::ERegistryRoot root, const std::wstring& subKey,
+                      platform::ERegistryView view, const std::wstring& name,
+                      const RegistryValue& value);
+
+// The same for a terminated text of type registrySz.
+void PutRegistryText(platform::ERegistryRoot root, const std::wstring& subKey,
+                     platform::ERegistryView view, const std::wstring& name,
+                     const std::wstring& text);
+
+// Nothing where there is no such value.
+std::optional<RegistryValue> FindRegistryValue(platform::ERegistryRoot root,
+                                               const std::wstring& subKey,
+                                               platform::ERegistryView view,
+                                               const std::wstring& name);
+
+// The text of a value without its terminating zero; nothing unless it is a registrySz that ends
+// in one.
+std::optional<std::wstring> FindRegistryText(platform::ERegistryRoot root,
+                                             const std::wstring& subKey,
+                                             platform::ERegistryView view,
+                                             const std::wstring& name);
+
+bool RegistryKeyExists(platform::ERegistryRoot root, const std::wstring& subKey,
+                       platform::ERegistryView view);
+
+// Removes a key with all keys below it.
+void RemoveRegistryKey(platform::ERegistryRoot root, const std::wstring& subKey,
+                       platform::ERegistryView view);
+
+// What a root refuses, in all its keys and both views. Reading always works.
+enum class ERegistryDenial
+{
+    None,
+    Creating, // of keys that do not exist yet
+    Opening,  // with all access, which creating asks for too
+    Setting   // of values, in keys that open with all access
+};
+void SetRegistryDenial(platform::ERegistryRoot root, ERegistryDenial denial);
+
+void ResetRegistry();
+
+} // namespace simulated

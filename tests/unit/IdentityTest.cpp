@@ -1,0 +1,350 @@
+#include "env/ComputerId.h"
+#include "env/KpiUserId.h"
+#include "env/ProcessCache.h"
+#include "env/ProductUserId.h"
+#include "env/RegistryValues.h"
+#include "platform/Thread.h"
+#include "tests/simulated/Files.h"
+#include "tests/simulated/ProfileFile.h"
+#include "tests/simulated/Registry.h"
+#include "tests/simulated/Simulated.h"
+#include "tests/simulated/SystemFacts.h"
+#include "tests/simulated/VersionResource.h"
+#include "tests/simulated/VirtualTime.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using platform::ERegistryRoot;
+using platform::ERegistryView;
+using simulated::ERegistryDenial;
+using Adapters = std::vector<platform::NetworkAdapter>;
+
+const wchar_t* const computerKey = L"CLSID\\{7C2A9E14-3F60-4b8d-92E5-A1D4706B3C58}";
+const wchar_t* const userKey = L"SOFTWARE\\Classes\\CLSID\\{7C2A9E14-3F60-4b8d-92E5-A1D4706B3C58}";
+const wchar_t* const kpiKey = L"CLSID\\{A3D17F52-6B0E-4C19-8E2A-5F71C03B9D64}";
+const wchar_t* const idFile = L"C:\\ProgramData\\veltrano\\ComputerID.dat";
+
+// The digest of "SOMEWHERE6C65746E49656E691500000000_123456", which a machine without a suitable
+// adapter makes at that time.
+const wchar_t* const madeId = L"45bf7bd3855837f97110ae0f73edf5d2";
+const wchar_t* const storedId = L"0123456789abcdef0123456789abcdef";
+
+class IdentityTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        simulated::Reset();
+        simulated::ResetTime();
+        env::ResetProcessCache();
+        simulated::PutFolder(L"C:\\ProgramData");
+        simulated::SetUnixTime(1'500'000'000);
+        simulated::SetTickMilliseconds(123'456);
+    }
+
+    static void PutComputerId(const wchar_t* id)
+    {
+        simulated::PutRegistryText(ERegistryRoot::ClassesRoot, computerKey, ERegistryView::Default,
+                                   L"ID", id);
+    }
+
+    using Text = std::optional<std::wstring>;
+    static Text FindPrimary()
+    {
+        return simulated::FindRegistryText(ERegistryRoot::ClassesRoot, computerKey,
+                                           ERegistryView::View32, L"ID");
+    }
+    static Text FindPerUser()
+    {
+        return simulated::FindRegistryText(ERegistryRoot::CurrentUser, userKey,
+                                           ERegistryView::View32, L"ID");
+    }
+    static void SetHostName(const wchar_t* name)
+    {
+        simulated::SetVersionInfo(
+            L"C:\\Host\\Host.exe",
+            {{{0x0409, 0x04B0}}, {{L"\\StringFileInfo\\040904b0\\ProductName", name}}});
+    }
+};
+
+TEST_F(IdentityTest, TakesTheComputerIdFromTheFirstStoreThatHasIt)
+{
+    PutComputerId(L"from the registry");
+    simulated::PutFile(idFile, "[ID]\r\nCID=from the file\r\n");
+    EXPECT_EQ(env::GetComputerId(), L"from the registry");
+    EXPECT_FALSE(FindPrimary()); // nothing to repair
+
+    PutComputerId(L"changed");
+    EXPECT_EQ(env::GetComputerId(), L"from the registry");
+}
+
+TEST_F(IdentityTest, CopiesAnIdFromTheOtherStoresToThePrimaryOne)
+{
+    simulated::PutRegistryText(ERegistryRoot::CurrentUser, userKey, ERegistryView::Default, L"ID",
+                               L"from the user");
+    EXPECT_EQ(env::GetComputerId(), L"from the user");
+    EXPECT_EQ(FindPrimary(), L"from the user");
+
+    env::ResetProcessCache();
+    const std::string longId(300, 'f');
+    simulated::PutFile(idFile, "[ID]\r\nCID=" + longId + "\r\n");
+    EXPECT_EQ(env::GetComputerId(), std::wstring(300, L'f'));
+    EXPECT_EQ(FindPrimary(), std::wstring(300, L'f'));
+    for (const auto& call : simulated::TakeProfileCalls())
+        EXPECT_EQ(call.path, L"C:\\ProgramData\\\\veltrano\\ComputerID.dat");
+
+    env::ResetProcessCache();
+    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
+    EXPECT_EQ(env::GetComputerId(), std::wstring(300, L'f'));
+}
+
+TEST_F(IdentityTest, SavesANewIdInExactlyOneStore)
+{
+    EXPECT_EQ(env::GetComputerId(), madeId);
+    EXPECT_EQ(FindPrimary(), madeId);
+    EXPECT_FALSE(simulated::ReadFileBytes(idFile));
+    EXPECT_FALSE(FindPerUser());
+    EXPECT_TRUE(simulated::FolderExists(L"C:\\ProgramData\\veltrano"));
+}
+
+TEST_F(IdentityTest, SavesANewIdInTheFileWhereThePrimaryStoreRefuses)
+{
+    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Creating);
+    EXPECT_EQ(env::GetComputerId(), madeId);
+    EXPECT_EQ(simulated::ReadFileBytes(idFile), "[ID]\r\nCID=45bf7bd3855837f97110ae0f73edf5d2\r\n");
+    EXPECT_FALSE(FindPrimary());
+    EXPECT_FALSE(FindPerUser());
+}
+
+TEST_F(IdentityTest, SavesANewIdForTheUserAsTheLastResort)
+{
+    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Setting);
+    simulated::SetFolderLocked(L"C:\\ProgramData", true);
+    simulated::SetFolderLocked(L"C:\\ProgramData\\veltrano", true);
+    EXPECT_EQ(env::GetComputerId(), madeId);
+    EXPECT_EQ(FindPerUser(), madeId);
+    EXPECT_FALSE(simulated::ReadFileBytes(idFile));
+
+    simulated::ResetRegistry();
+    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
+    simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::Opening);
+    EXPECT_EQ(env::GetComputerId(), madeId); // kept for the process at least
+    env::ResetProcessCache();
+    simulated::SetUnixTime(1'500'000'001);
+    EXPECT_NE(env::GetComputerId(), madeId);
+}
+
+// The two views of the classes root are apart in a 64-bit process, so the next one looks in vain.
+TEST_F(IdentityTest, DoesNotFindItsOwnIdInTheOtherView)
+{
+    env::GetComputerId();
+    env::ResetProcessCache();
+    simulated::SetUnixTime(1'500'000'001);
+    EXPECT_NE(env::GetComputerId(), madeId);
+}
+
+TEST_F(IdentityTest, ChoosesTheFirstIdentifyingAdapter)
+{
+    const platform::NetworkAdapter good = {6, "10.0.0.1", {0x02, 0x1a, 0xff, 0, 0, 7, 9, 9}};
+    const platform::NetworkAdapter wireless = {71, "10.0.0.1", {2, 2, 2, 2, 2, 200}};
+    const platform::NetworkAdapter isolated = {6, "", {2, 2, 2, 2, 2, 200}};
+    const platform::NetworkAdapter sum32 = {6, "10.0.0.1", {8, 8, 8, 8, 0, 0, 200, 200}};
+    const platform::NetworkAdapter sum33 = {6, "10.0.0.1", {8, 8, 8, 8, 0, 1}};
+    const struct
+    {
+        const char* what;
+        Adapters adapters;
+        const wchar_t* expected;
+    } cases[] = {
+        {"none", {}, L"SOMEWHERE"},
+        {"only unsuitable ones", {wireless, isolated, sum32}, L"SOMEWHERE"},
+        {"first suitable one", {wireless, isolated, sum32, sum33, good}, L"08:08:08:08:00:01"},
+        {"in the system's order", {good, sum33}, L"02:1A:FF:00:00:07"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(env::BuildComputerIdSeed(c.adapters, {0x6C65746E, 0xAB}, -5, 0xFFFFFFFF),
+                  std::wstring(c.expected) + L"6C65746E000000AB-5_4294967295")
+            << c.what;
+}
+
+TEST_F(IdentityTest, DerivesAProductUserIdFromTheGivenName)
+{
+    PutComputerId(storedId);
+    EXPECT_EQ(env::GetProductUserId(L"Suite"), L"cc2e63cfdf452da1d9044442a6d3fb65");
+    EXPECT_EQ(env::GetProductUserId(L"Optimizer Pro"), L"6ff80aa350188c20fcb26d7b973c065e");
+    EXPECT_EQ(env::GetProductUserId(L""), L"f36a473535edbe05eb84d0266b481c7c"); // "Host.exe"
+}
+
+TEST_F(IdentityTest, KeepsTheHostsProductUserId)
+{
+    PutComputerId(storedId);
+    SetHostName(L"Suite");
+    EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
+    SetHostName(L"Optimizer Pro");
+    EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
+    EXPECT_EQ(simulated::CountVersionResourceReads(), 1u);
+}
+
+TEST_F(IdentityTest, WaitsWhileAnotherThreadComputesAProductUserId)
+{
+    PutComputerId(storedId);
+    std::atomic<bool>& busy = env::CProcessCache::Get().productUserIdBusy;
+    busy = true;
+    platform::CThread thread;
+    ASSERT_TRUE(thread.CreateSuspended(
+        [](void*) -> std::uint32_t {
+            env::GetProductUserId(L"");
+            return 0;
+        },
+        nullptr));
+    thread.Resume();
+    simulated::AdvanceTime(25ms);
+    EXPECT_TRUE(thread.IsActive());
+    busy = false;
+    thread.Join();
+    EXPECT_EQ(simulated::GetElapsedMilliseconds(), 30);
+    EXPECT_FALSE(busy);
+    EXPECT_EQ(env::GetProductUserId(L""), L"f36a473535edbe05eb84d0266b481c7c");
+    thread.Close();
+}
+
+TEST_F(IdentityTest, DoesNotWaitForAThreadThatEndedWithTheProcess)
+{
+    PutComputerId(storedId);
+    env::CProcessCache::Get().productUserIdBusy = true;
+    simulated::EndProcess();
+    EXPECT_EQ(env::GetProductUserId(L"Suite"), L"cc2e63cfdf452da1d9044442a6d3fb65");
+    EXPECT_EQ(simulated::GetElapsedMilliseconds(), 0);
+}
+
+TEST_F(IdentityTest, GivesAllThreadsTheSameIdentities)
+{
+    std::wstring found[4];
+    std::vector<std::thread> threads;
+    for (std::wstring& text : found)
+        threads.emplace_back([&text] { text = env::GetComputerId() + env::GetProductUserId(L""); });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(std::set<std::wstring>(std::begin(found), std::end(found)).size(), 1u);
+    EXPECT_EQ(found[0].size(), 64u);
+}
+
+TEST_F(IdentityTest, OverlapsThePiecesOfAKpiUserId)
+{
+    const struct
+    {
+        const char* what;
+        std::uint32_t tick;
+        std::int64_t time;
+        const wchar_t* name;
+        const wchar_t* expected;
+    } cases[] = {
+        {"ten digits", 1234567890, 1500000000, L"AB", L"12345678901500000000656665666566"},
+        {"nine digits", 123456789, 1500000000, L"AB", L"12345678915000000065666566656665"},
+        {"five digits", 12345, 1500000000, L"AB", L"12345150006566656665666566656665"},
+        {"just started", 0, 1500000000, L"AB", L"01656665666566656665666566656665"},
+        {"last piece cut", 123456789, 1500000000, L"d", L"12345678915000000010010010010010"},
+        {"wide name", 1234567890, 1500000000, L"\x0416", L"12345678901500000000104610461046"},
+        {"long uptime", 4294967295, 1500000000, L"AB", L"-1156566656665666566656665666566"},
+        {"time shorter than ticks", 0x80000000, 1500000000, L"AB",
+         L"-2147483648150000000006566656665"},
+        {"clock never set", 1234567890, 7, L"AB", L"12345678907000000000656665666566"},
+        {"longest texts", 0x80000000, INT64_MIN, L"AB", L"-2147483648-92233720366566656665"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(env::BuildKpiUserId(c.tick, c.time, c.name), c.expected) << c.what;
+}
+
+class KpiUserIdTest : public IdentityTest
+{
+protected:
+    static std::vector<std::uint8_t> FindBytes(ERegistryRoot root)
+    {
+        const auto value = simulated::FindRegistryValue(root, kpiKey, ERegistryView::View32, L"ID");
+        return value && value->type == platform::registrySz ? value->bytes
+                                                            : std::vector<std::uint8_t>();
+    }
+    static void Put(ERegistryRoot root, const std::wstring& text, std::size_t size)
+    {
+        auto bytes = simulated::TerminatedText(text);
+        bytes.resize(size);
+        simulated::PutRegistryValue(root, kpiKey, ERegistryView::View32, L"ID",
+                                    {platform::registrySz, bytes});
+    }
+
+    const std::wstring kept = L"abcdefghijklmnopqrstuvwxyz012345";
+    // "123456", the time from its seventh unit on, the codes of "COMPUTER" from the thirteenth on.
+    const std::wstring made = L"12345615000067797780858469826779";
+};
+
+TEST_F(KpiUserIdTest, IsKeptWithoutATerminator)
+{
+    EXPECT_EQ(env::GetKpiUserId(), made);
+    EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), env::EncodeUnits(made));
+    EXPECT_TRUE(FindBytes(ERegistryRoot::CurrentUser).empty());
+    simulated::SetTickMilliseconds(5);
+    EXPECT_EQ(env::GetKpiUserId(), made);
+}
+
+TEST_F(KpiUserIdTest, IsMadeAnewUnlessItHasItsExactLength)
+{
+    const struct
+    {
+        std::size_t size;
+        const std::wstring& expected;
+    } cases[] = {{64, kept}, {66, made}, {62, made}, {63, made}, {0, made}};
+    for (const auto& c : cases)
+    {
+        Put(ERegistryRoot::ClassesRoot, kept, c.size);
+        EXPECT_EQ(env::GetKpiUserId(), c.expected) << c.size;
+        EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), env::EncodeUnits(c.expected)) << c.size;
+    }
+}
+
+TEST_F(KpiUserIdTest, LivesWithTheUserWhereTheClassesRootIsClosed)
+{
+    Put(ERegistryRoot::CurrentUser, kept, 64);
+    EXPECT_EQ(env::GetKpiUserId(), kept); // the classes root has no such key
+
+    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
+    Put(ERegistryRoot::ClassesRoot, made, 64);
+    EXPECT_EQ(env::GetKpiUserId(), kept);
+
+    simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, kpiKey, ERegistryView::View32);
+    EXPECT_EQ(env::GetKpiUserId(), made);
+    EXPECT_EQ(FindBytes(ERegistryRoot::CurrentUser), env::EncodeUnits(made));
+
+    simulated::ResetRegistry();
+    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
+    simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::Opening);
+    EXPECT_EQ(env::GetKpiUserId(), made);
+}
+
+TEST_F(KpiUserIdTest, LooksNoFurtherThanTheFirstKeyThatOpens)
+{
+    simulated::PutRegistryText(ERegistryRoot::ClassesRoot, kpiKey, ERegistryView::View32, L"Other",
+                               L"");
+    Put(ERegistryRoot::CurrentUser, kept, 64);
+    EXPECT_EQ(env::GetKpiUserId(), made);
+}
+
+TEST_F(KpiUserIdTest, StandsInForAComputersMissingName)
+{
+    // The codes of "5e0b7a93c1d24f68..." behind the texts of tick and time.
+    const std::wstring expected = L"12345615000053101489855975751994";
+    for (const auto& name : {std::optional<std::wstring>(), std::optional<std::wstring>(L""),
+                             std::optional<std::wstring>(L"SIXTEEN_LETTERS_")})
+    {
+        simulated::ResetRegistry();
+        simulated::SetComputerName(name);
+        EXPECT_EQ(env::GetKpiUserId(), expected);
+    }
+}
+
+} // namespace

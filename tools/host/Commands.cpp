@@ -1,0 +1,85 @@
+#include "tools/host/Commands.h"
+
+namespace host {
+
+Command SplitLine(std::wstring_view line)
+{
+    Command words;
+    std::size_t i = 0;
+    for (;;)
+    {
+        i = line.find_first_not_of(L" \t\r\n", i);
+        if (i == line.npos || line[i] == L'#')
+            return words;
+        std::wstring word;
+        bool quoted = false;
+        for (; i < line.size() && (quoted || (line[i] != L' ' && line[i] != L'\t')); ++i)
+        {
+            if (line[i] == L'\\' && i + 1 < line.size() && line[i + 1] == L'"')
+                word += line[++i];
+            else if (line[i] == L'"')
+                quoted = !quoted;
+            else if (line[i] != L'\r' && line[i] != L'\n')
+                word += line[i];
+        }
+        words.push_back(std::move(word));
+    }
+}
+
+std::vector<Command> SplitArguments(const std::vector<std::wstring>& arguments)
+{
+    std::vector<Command> commands(1);
+    for (const std::wstring& argument : arguments)
+    {
+        if (argument == L",")
+            commands.emplace_back();
+        else
+            commands.back().push_back(argument);
+    }
+    return commands;
+}
+
+const std::vector<Command>& GetDemoScenario()
+{
+    static const std::vector<Command> scenario{
+        {L"initialize"},
+        {L"status"},
+        {L"pageview"},
+        {L"event", L"Scan", L"Start"},
+        {L"event", L"Menu", L"Open file", L"Recent", L"3"},
+        {L"eventex", L"Settings", L"Theme", L"dark", L"", L"Settings page", L"once"},
+        {L"message", L"Your trial ends soon"},
+        {L"purchase", L"Backup Pack", L"P1", L"10.00", L"ORDER-7", L"3"},
+    };
+    return scenario;
+}
+
+const char* const usage =
+    "usage: host [--dll FILE] [COMMAND [ARGUMENT...] [, COMMAND ...]]\n"
+    "\n"
+    "Loads ZoTracker.dll (beside this program unless --dll names another), gets its trackers,\n"
+    "does the commands, gives the trackers back and unloads the module. Without commands it reads\n"
+    "them from standard input, one a line.\n"
+    "\n"
+    "  use all|main|kpi                 which trackers the following commands go to (all)\n"
+    "  status                           print interface version and whether tracking is enabled\n"
+    "  initialize [FILE]                read the configuration beside FILE (this program)\n"
+    "  pageview\n"
+    "  event CATEGORY ACTION [LABEL [VALUE [PAGE]]]\n"
+    "  eventex CATEGORY ACTION [LABEL [VALUE [PAGE [once]]]]\n"
+    "  message TEXT\n"
+    "  purchase NAME CODE PRICE ORDER QUANTITY\n"
+    "  product [NAME]                   set the product name; none: the configured one\n"
+    "  enable | disable                 switch tracking on or off\n"
+    "  idle-pageviews on|off            keep an idle session alive or not\n"
+    "  continue on|off                  continue the stored session or not\n"
+    "  repeat COUNT COMMAND...          do a command COUNT times\n"
+    "  sleep MILLISECONDS\n"
+    "  get | release                    get one more reference, give one back\n"
+    "  load                             load the module again after an unload\n"
+    "  unload                           unload the module, whatever is still held\n"
+    "  gone MILLISECONDS                wait until the module has left the process\n"
+    "  exit                             end the process at once, giving nothing back\n"
+    "  demo                             a small working day\n";
+
+} // namespace host

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "tools/host/Commands.h"
+#include "zotracker/Loader.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace host {
+
+// One stay of the module in this process: loads it, obeys commands, reports what took how long.
+class CSession
+{
+public:
+    explicit CSession(const std::wstring& path);
+
+    // Whether the module could be loaded.
+    bool IsLoaded() const noexcept { return loader.has_value() && *loader; }
+
+    // Does one command. False, after a message on standard error, when it is not understood.
+    bool Obey(const Command& command);
+
+    // Gives everything back that is still held and unloads the module.
+    void End();
+
+private:
+    void Load();
+    void Get();
+    void Release();
+    void Unload();
+    bool WaitUntilGone(const std::wstring& milliseconds);
+    bool Track(const Command& command);
+    void ForEach(const std::function<void(ITracker&)>& operation) const;
+
+    const std::wstring modulePath;
+    std::optional<zotracker::CLoader> loader;
+    ITracker* main = nullptr;
+    ITracker* kpi = nullptr;
+    int references = 0;
+    std::wstring used = L"all";
+};
+
+} // namespace host

@@ -1,0 +1,154 @@
+#include "trackers/kpi/CZoTrackerPiWik.h"
+
+#include "app/frame/HostConfig.h"
+#include "app/frame/UrlDelivery.h"
+#include "app/frame/UserAgent.h"
+#include "env/FileSystem.h"
+#include "env/InstallConfig.h"
+#include "env/KpiUserId.h"
+#include "env/ModuleVersion.h"
+#include "env/SystemDescription.h"
+#include "platform/Clock.h"
+
+namespace trackers {
+
+using app::EHitType;
+using app::TrackingHit;
+using env::GetInstallConfigString;
+using platform::CInternetSession;
+using platform::CLock;
+
+namespace {
+
+constexpr const wchar_t* defaultEndpoint = L"https://" ZO_KPI_HOST L"/piwik.php";
+constexpr const wchar_t* siteAddress = ZO_SITE_ADDRESS;
+
+// The site id that switches the tracker off.
+constexpr const wchar_t* noSite = L"0";
+
+} // namespace
+
+CZoTrackerPiWik::CZoTrackerPiWik()
+    : CTrackerBase(&TrackingThreadFunction, L"CZoTrackerPiWik::TrackingThreadFunction")
+{
+    client.endpoint = OpenQuery(GetInstallConfigString(L"web", L"PIWIKURL", defaultEndpoint));
+    client.siteId = GetInstallConfigString(L"install", L"kpisite", L"1");
+    trackingEnabled =
+        client.siteId != noSite && env::GetInstallConfigInt(L"install", L"tracking", 0) == 1;
+    client.language = ComposeLanguage(GetInstallConfigString(L"install", L"language", L"en_US"),
+                                      TakeCountryCode(env::GetUserLanguageCode()));
+    client.phash = GetInstallConfigString(L"install", L"PHASH", L"");
+    client.kpiSource = GetInstallConfigString(L"install", L"KPISource", L"");
+    client.siteAddress = siteAddress;
+    hostVersion = env::GetApplicationProductVersion();
+    ChooseProductName(L"");
+    client.userAgent = app::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem());
+    StartWorker();
+}
+
+CZoTrackerPiWik::~CZoTrackerPiWik() { StopWorker(); }
+
+void CZoTrackerPiWik::SetTrackingEnabled(bool enable) noexcept
+{
+    Guard([&] { SwitchInstallTracking(enable, client.siteId != noSite); });
+}
+
+void CZoTrackerPiWik::Initialize(const wchar_t* hostPath) noexcept
+{
+    Guard([&] {
+        if (hostPath != nullptr && env::PathExists(hostPath))
+            ReadConfigurationOf(hostPath);
+    });
+}
+
+void CZoTrackerPiWik::ReadConfigurationOf(const std::wstring& hostPath)
+{
+    const std::wstring configPath = app::FindConfigBeside(hostPath);
+    if (configPath.empty())
+        return;
+    std::wstring language = GetInstallConfigString(L"install", L"Language", L"en_II", configPath);
+    std::wstring phash = GetInstallConfigString(L"install", L"PHASH", L"", configPath);
+    {
+        const CLock lock(productLock);
+        client.language = std::move(language);
+        client.phash = std::move(phash);
+    }
+    hostVersion = env::GetFileProductVersion(hostPath);
+    std::wstring name = ReadConfiguredProductName(configPath);
+    ChooseProductName(name.empty() ? env::GetFileProductName(hostPath) : std::move(name));
+}
+
+void CZoTrackerPiWik::SetProductName(TrackerText name) noexcept
+{
+    Guard([&] { ChooseProductName(std::wstring(name.View())); });
+}
+
+void CZoTrackerPiWik::ChooseProductName(std::wstring name)
+{
+    if (name.empty())
+        name = ReadConfiguredProductName(L"");
+    const CLock lock(productLock);
+    productName = std::move(name);
+}
+
+void CZoTrackerPiWik::TrackPurchase(TrackerText, TrackerText, double, TrackerText,
+                                    std::int32_t) noexcept
+{
+    Guard([&] {
+        TrackingHit hit;
+        hit.type = EHitType::Transaction;
+        QueueHit(TrackingHit(hit));
+        hit.type = EHitType::Item;
+        QueueHit(std::move(hit));
+    });
+}
+
+std::uint32_t CZoTrackerPiWik::TrackingThreadFunction(app::ThreadParam* parameter)
+{
+    return RunTrackerWorker<CZoTrackerPiWik>(parameter);
+}
+
+void CZoTrackerPiWik::RunWorker()
+{
+    const auto session = app::OpenDeliverySession(GetProductName(), stop);
+    for (;;)
+    {
+        TrackingHit hit = queue.Take();
+        if (hit.type == EHitType::None && stop.IsRequested())
+            return;
+        for (; hit.type != EHitType::None; hit = queue.Take())
+        {
+            if (!IsTrackingEnabled())
+                break;
+            Process(session.get(), hit);
+        }
+        stop.Wait(app::idlePause);
+    }
+}
+
+void CZoTrackerPiWik::Process(CInternetSession* session, const TrackingHit& hit)
+{
+    if (stop.IsRequested() && (sendingFailed || !closing.MaySend()))
+        return queue.Clear();
+    const std::wstring url = BuildKpiRequestUrl(hit);
+    if (!sendingFailed)
+        sendingFailed =
+            !app::DeliverWithRetry([&] { return SendKpiRequest(session, url); }, closing, stop);
+    if (!sendingFailed)
+        stop.Wait(app::pauseBetweenHits);
+}
+
+std::wstring CZoTrackerPiWik::BuildKpiRequestUrl(const TrackingHit& hit) const
+{
+    KpiMoment moment{env::GetKpiUserId(), platform::GetTickMilliseconds(), {}};
+    const CLock lock(productLock);
+    moment.productName = productName;
+    return BuildKpiRequest(client, moment, hit);
+}
+
+bool CZoTrackerPiWik::SendKpiRequest(CInternetSession* session, const std::wstring& url) const
+{
+    return app::OpenTrackingUrl(session, url, app::FormatUserAgentHeader(client.userAgent));
+}
+
+} // namespace trackers

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "app/frame/ClosingPhase.h"
+#include "app/frame/TrackerBase.h"
+#include "platform/Internet.h"
+#include "trackers/kpi/KpiRequest.h"
+
+#include <string>
+
+namespace trackers {
+
+// Reports the use of the product to the maker's KPI server, one visit request per hit. Knows no
+// sessions and no keep-alive.
+class CZoTrackerPiWik final : public app::CTrackerBase
+{
+public:
+    // Reads the default configuration file and starts the worker.
+    CZoTrackerPiWik();
+    ~CZoTrackerPiWik() override;
+
+    void SetTrackingEnabled(bool enable) noexcept override;
+    void Initialize(const wchar_t* hostPath) noexcept override;
+    void DisableIdlePageviews(bool) noexcept override {}
+    void SetContinueSession(bool) noexcept override {}
+    void TrackPurchase(TrackerText itemName, TrackerText itemCode, double unitPrice,
+                       TrackerText orderId, std::int32_t quantity) noexcept override;
+    void SetProductName(TrackerText name) noexcept override;
+
+private:
+    friend app::CTrackerBase;
+
+    static std::uint32_t TrackingThreadFunction(app::ThreadParam* parameter);
+
+    // Sends the hits in order, each at most twice. After the second failure of one hit nothing is
+    // sent any more, but hits are still taken, so that the queue does not grow. At the end the
+    // queue is emptied without pauses.
+    void RunWorker();
+    void Process(platform::CInternetSession* session, const app::TrackingHit& hit);
+
+    std::wstring BuildKpiRequestUrl(const app::TrackingHit& hit) const;
+
+    // One attempt; true when the server's answer could be opened.
+    bool SendKpiRequest(platform::CInternetSession* session, const std::wstring& url) const;
+
+    void ChooseProductName(std::wstring name);
+    void ReadConfigurationOf(const std::wstring& hostPath);
+
+    KpiClient client;           // language and phash guarded by productLock
+    std::wstring hostVersion;   // host's thread only
+    bool sendingFailed = false; // the worker's only
+    app::CClosingPhase closing{stop};
+};
+
+} // namespace trackers
