@@ -1,14 +1,15 @@
 #include "vnosal/BlockPools.h"
 
+#include <bit>
 #include <cstdlib>
 #include <new>
 
 namespace VnOSAL {
 namespace {
 
-constexpr std::uint32_t none = 0xFFFFFFFF; // no block, and the origin of blocks from the heap
-constexpr std::uint32_t blocksPerChunk = 32;
-constexpr std::uint32_t maxChunks = 512;
+constexpr std::uint32_t none = 0xFFFFFFFF;     // no block, and the origin of blocks from the heap
+constexpr std::uint32_t firstChunkBlocks = 32; // each further chunk has twice as many
+constexpr std::uint32_t maxChunks = 12;        // 131,040 blocks of each size
 
 // Blocks of one size, handed out from a stack of free ones. A free block's count holds the number
 // of the next one. The stack's head carries a change counter beside that number, so that a thread
@@ -16,17 +17,13 @@ constexpr std::uint32_t maxChunks = 512;
 struct Pool
 {
     std::size_t units;
-    std::atomic<std::byte*>* chunks;
     std::atomic<std::uint64_t> head{none};
     std::atomic<std::uint32_t> chunkCount{0};
+    std::atomic<std::byte*> chunks[maxChunks]{};
     std::uint32_t blocksInUse = 0; // counted once the library is closing
 };
 
-// Apart from the pools, where they would be zeros in the module's file.
-constinit std::atomic<std::byte*> chunkTable[4][maxChunks];
-
-constinit Pool pools[] = {
-    {64, chunkTable[0]}, {128, chunkTable[1]}, {256, chunkTable[2]}, {512, chunkTable[3]}};
+constinit Pool pools[] = {{64}, {128}, {256}, {512}};
 constinit std::atomic<bool> closed{false};
 
 constexpr std::size_t BlockBytes(std::size_t units)
@@ -39,11 +36,21 @@ constexpr std::uint64_t NextHead(std::uint64_t head, std::uint32_t number)
     return (((head >> 32) + 1) << 32) | number;
 }
 
+constexpr std::uint32_t BlocksOf(std::uint32_t chunk) { return firstChunkBlocks << chunk; }
+
+// The number of a chunk's first block.
+constexpr std::uint32_t FirstOf(std::uint32_t chunk)
+{
+    return firstChunkBlocks * ((1u << chunk) - 1);
+}
+
 VnStringBlock* At(Pool& pool, std::uint32_t number) noexcept
 {
-    std::byte* const chunk = pool.chunks[number / blocksPerChunk].load(std::memory_order_acquire);
-    return reinterpret_cast<VnStringBlock*>(chunk +
-                                            number % blocksPerChunk * BlockBytes(pool.units));
+    const auto chunk =
+        static_cast<std::uint32_t>(std::bit_width(number / firstChunkBlocks + 1) - 1);
+    std::byte* const memory = pool.chunks[chunk].load(std::memory_order_acquire);
+    return reinterpret_cast<VnStringBlock*>(memory +
+                                            (number - FirstOf(chunk)) * BlockBytes(pool.units));
 }
 
 VnStringBlock* Construct(void* memory, std::size_t units, std::uint32_t origin) noexcept
@@ -71,15 +78,17 @@ VnStringBlock* Grow(Pool& pool) noexcept
     if (chunkNumber >= maxChunks)
         return nullptr;
     const std::size_t bytes = BlockBytes(pool.units);
-    auto* const chunk = static_cast<std::byte*>(std::malloc(bytes * blocksPerChunk));
+    const std::uint32_t blocks = BlocksOf(chunkNumber);
+    auto* const chunk = static_cast<std::byte*>(std::malloc(bytes * blocks));
     if (!chunk)
         return nullptr;
 
-    const std::uint32_t first = chunkNumber * blocksPerChunk;
-    for (std::uint32_t i = 0; i < blocksPerChunk; ++i)
-        Construct(chunk + i * bytes, pool.units, first + i)->references.store(first + i + 1);
+    const std::uint32_t first = FirstOf(chunkNumber);
+    for (std::uint32_t i = 0; i < blocks; ++i)
+        Construct(chunk + i * bytes, pool.units, first + i)
+            ->references.store(first + i + 1, std::memory_order_relaxed);
     pool.chunks[chunkNumber].store(chunk, std::memory_order_release);
-    Push(pool, first + 1, At(pool, first + blocksPerChunk - 1));
+    Push(pool, first + 1, At(pool, first + blocks - 1));
     return At(pool, first);
 }
 
@@ -116,15 +125,15 @@ VnStringBlock* TakeFromHeap(std::size_t units) noexcept
 
 void FreeChunks(Pool& pool) noexcept
 {
-    for (std::uint32_t i = 0; i < maxChunks; ++i)
-        std::free(pool.chunks[i].exchange(nullptr, std::memory_order_acq_rel));
+    for (auto& chunk : pool.chunks)
+        std::free(chunk.exchange(nullptr, std::memory_order_acq_rel));
 }
 
 std::uint32_t CountBlocksInUse(Pool& pool) noexcept
 {
     std::uint32_t blocks = 0;
     for (std::uint32_t i = 0; i < maxChunks; ++i)
-        blocks += pool.chunks[i].load(std::memory_order_acquire) ? blocksPerChunk : 0;
+        blocks += pool.chunks[i].load(std::memory_order_acquire) ? BlocksOf(i) : 0;
     auto number = static_cast<std::uint32_t>(pool.head.load(std::memory_order_acquire));
     for (; number != none; number = At(pool, number)->references.load(std::memory_order_relaxed))
         --blocks;
