@@ -26,6 +26,10 @@ void CopyUnits(wchar_t* to, const wchar_t* from, std::size_t count) noexcept
 
 } // namespace
 
+// Hosts that import the class look for its constants in the module.
+constexpr std::size_t VnString::npos;
+constexpr std::size_t VnString::maxLength;
+
 VnString::VnString(const wchar_t* text) noexcept
 {
     if (text)

@@ -57,8 +57,21 @@ public:
     VnString(std::size_t count, wchar_t unit) noexcept;
     VnString(const VnString& other) noexcept : block(Share(other.block)) {}
     VnString(VnString&& other) noexcept : block(other.block) { other.block = nullptr; }
-    VnString& operator=(const VnString& other) noexcept;
-    VnString& operator=(VnString&& other) noexcept;
+    VnString& operator=(const VnString& other) noexcept
+    {
+        VnStringBlock* const old = block;
+        block = Share(other.block);
+        Drop(old);
+        return *this;
+    }
+    VnString& operator=(VnString&& other) noexcept
+    {
+        VnStringBlock* const taken = other.block;
+        other.block = nullptr;
+        Drop(block);
+        block = taken;
+        return *this;
+    }
     VnString& operator=(std::wstring_view text) noexcept { return Assign(text); }
     VnString& operator=(const wchar_t* text) noexcept { return *this = VnString(text); }
     ~VnString() { Drop(block); }
@@ -82,7 +95,15 @@ public:
 
     VnString& Assign(std::wstring_view text) noexcept;
     VnString& Append(std::wstring_view text) noexcept;
-    VnString& Append(wchar_t unit) noexcept;
+    VnString& Append(wchar_t unit) noexcept
+    {
+        const std::size_t length = GetLength();
+        if (!IsWritable(length + 1))
+            return Append(std::wstring_view(&unit, 1));
+        Units(block)[length] = unit;
+        SetLength(length + 1);
+        return *this;
+    }
     VnString& operator+=(std::wstring_view text) noexcept { return Append(text); }
     VnString& operator+=(wchar_t unit) noexcept { return Append(unit); }
     VnString& Insert(std::size_t position, std::wstring_view text) noexcept;
@@ -246,33 +267,6 @@ private:
 
     VnStringBlock* block = nullptr; // null for the empty string
 };
-
-inline VnString& VnString::operator=(const VnString& other) noexcept
-{
-    VnStringBlock* const old = block;
-    block = Share(other.block);
-    Drop(old);
-    return *this;
-}
-
-inline VnString& VnString::operator=(VnString&& other) noexcept
-{
-    VnStringBlock* const taken = other.block;
-    other.block = nullptr;
-    Drop(block);
-    block = taken;
-    return *this;
-}
-
-inline VnString& VnString::Append(wchar_t unit) noexcept
-{
-    const std::size_t length = GetLength();
-    if (!IsWritable(length + 1))
-        return Append(std::wstring_view(&unit, 1));
-    Units(block)[length] = unit;
-    SetLength(length + 1);
-    return *this;
-}
 
 } // namespace VnOSAL
 
