@@ -75,7 +75,7 @@ bool Unescape(std::wstring_view text, VnString& unescapedText) noexcept
 VnPath VnPath::FromFilePath(const VnPath& path) noexcept
 {
     VnPath plain = path;
-    plain.RemoveExtended().Normalise();
+    plain.RemoveExtended();
     VnString slashes = plain.text;
     slashes.ReplaceAll(L"\\", L"/");
     switch (plain.form)

@@ -75,6 +75,7 @@ SystemError RecycleItem(const VnString& path) noexcept
     const std::string trash = FindTrash();
     if (!ToNativePath(path, native))
         return NumberOf(EError::BadPath);
+    native.erase(native.find_last_not_of('/') + 1); // of "/" nothing is left
     struct stat status;
     if (lstat(native.c_str(), &status) != 0)
         return ErrorOf(-1);
