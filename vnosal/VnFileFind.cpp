@@ -146,10 +146,9 @@ VnResult VnFileFind::ReadFacts(VnItemFacts& facts, ELinks links) const noexcept
     return error == 0 ? VnResult() : VnResult(error, state->cursor.GetPathOf(name));
 }
 
-const VnResult& VnFileFind::GetResult() const noexcept
+VnResult VnFileFind::GetResult() const noexcept
 {
-    static const VnResult noMemory(EError::OutOfMemory, VnString());
-    return state ? state->result : noMemory;
+    return state ? state->result : VnResult(EError::OutOfMemory, VnString());
 }
 
 // Where "*" was met last, one more unit is given to it whenever the rest does not match.

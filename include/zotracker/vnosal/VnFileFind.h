@@ -45,7 +45,7 @@ public:
     // Does not enter the folder that Next() went to.
     void SkipFolder() noexcept;
 
-    const VnResult& GetResult() const noexcept;
+    VnResult GetResult() const noexcept;
 
     // Whether a name matches a pattern.
     static bool MatchesPattern(std::wstring_view name, std::wstring_view pattern) noexcept;

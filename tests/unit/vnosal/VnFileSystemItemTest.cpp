@@ -201,6 +201,37 @@ TEST(VnFileSystemItem, NeverLeavesATreeThroughALink)
     EXPECT_EQ(folder.List(L"outside"), "precious");
 }
 
+// Somebody puts a link in a folder's place just before the operation enters it.
+class CSwapper : public IVnProgress
+{
+public:
+    explicit CSwapper(const CTestFolder& used) : folder(used) {}
+    bool ReportProgress(const VnProgress& progress) noexcept override
+    {
+        if (VnPath(progress.item).IsSame(folder.At(L"tree/d")) && !folder.Has(L"away"))
+        {
+            VnFileSystemItem(folder.At(L"tree/d")).Move(folder.At(L"away"));
+            folder.MakeFolderLink(L"tree/d", L"outside");
+        }
+        return true;
+    }
+    bool ReportFailure(const VnResult&) noexcept override { return false; }
+
+private:
+    const CTestFolder& folder;
+};
+
+TEST(VnFileSystemItem, NeverEntersALinkThatTakesAFoldersPlace)
+{
+    const CTestFolder folder;
+    folder.WriteFile(L"outside/precious", "kept");
+    folder.WriteFile(L"tree/d/f");
+    CSwapper swapper(folder);
+    EXPECT_FALSE(Item(folder, L"tree").DeleteTree(&swapper));
+    EXPECT_TRUE(folder.Has(L"away/f"));
+    EXPECT_EQ(folder.ReadFile(L"outside/precious"), "kept");
+}
+
 TEST(VnFileSystemItem, CanBeCancelled)
 {
     const CTestFolder folder;
