@@ -6,7 +6,12 @@ using namespace app;
 namespace {
 
 // The tracker that was chosen at load, while it is alive.
-ITracker* FindMainTracker() noexcept { return uaTracker.Get(); }
+ITracker* FindMainTracker() noexcept
+{
+    if (ITracker* const tracker = uaTracker.Get())
+        return tracker;
+    return classicTracker.Get();
+}
 
 } // namespace
 
@@ -22,6 +27,7 @@ void DestroyTrackerInstance() noexcept
 {
     if (FindMainTracker() == nullptr || !mainReferences.ReleaseLast())
         return;
+    classicTracker.Destroy();
     uaTracker.Destroy();
     mainReferences.Reset();
 }

@@ -5,6 +5,7 @@
 
 namespace app {
 
+constinit CTrackerSlot<trackers::CZoTracker> classicTracker;
 constinit CTrackerSlot<trackers::CZoTrackerUA> uaTracker;
 constinit CTrackerSlot<trackers::CZoTrackerPiWik> kpiTracker;
 constinit CReferenceCount mainReferences;
@@ -28,14 +29,18 @@ catch (...)
 
 CZoTrackerApp::CZoTrackerApp()
 {
+    const std::wstring none;
     mainReferences.Reset();
     if (IsMeasurementProtocolChosen())
-        uaTracker.Create(L"", L"", L"");
+        uaTracker.Create(none, none, none);
+    else
+        classicTracker.Create(none, none, none);
     kpiTracker.Create();
 }
 
 CZoTrackerApp::~CZoTrackerApp()
 {
+    classicTracker.Destroy();
     uaTracker.Destroy();
     kpiTracker.Destroy();
 }

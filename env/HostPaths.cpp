@@ -40,9 +40,9 @@ std::wstring GetSpecialFolderPath(int folderId)
     return platform::GetSpecialFolder(folderId) + L"\\";
 }
 
-std::wstring GetSuiteFolder()
+std::wstring GetSuiteFolder(const std::wstring& companyFolderWord)
 {
-    return GetSpecialFolderPath(commonApplicationData) + L"\\" + L"veltrano";
+    return GetSpecialFolderPath(commonApplicationData) + L"\\" + companyFolderWord;
 }
 
 } // namespace env

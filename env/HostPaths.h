@@ -19,8 +19,9 @@ std::wstring GetApplicationFilePath();
 // A shell special folder by its CSIDL number, ending in "\"; "\" alone when there is none.
 std::wstring GetSpecialFolderPath(int folderId);
 
-// The suite's folder for the data of all users, without a separator at the end. Holds a doubled
-// backslash before its last name, which the system accepts. Nobody has created it.
-std::wstring GetSuiteFolder();
+// The suite's folder for the data of all users, without a separator at the end; its last name is
+// `companyFolderWord`. Holds a doubled backslash before it, which the system accepts. Nobody has
+// created it.
+std::wstring GetSuiteFolder(const std::wstring& companyFolderWord = L"veltrano");
 
 } // namespace env

@@ -14,6 +14,8 @@ namespace app {
 class CFirstHitRule
 {
 public:
+    bool IsPending() const noexcept { return pending; }
+
     // Appends to `queue` what belongs in front of a hit of type `first`, if that is the run's
     // first.
     void Lead(CHitQueue& queue, EHitType first, const std::wstring& phash)

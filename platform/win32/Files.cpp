@@ -3,7 +3,6 @@
 #include "platform/win32/UniqueHandle.h"
 
 #include <algorithm>
-#include <cwchar>
 
 namespace platform {
 
@@ -54,9 +53,10 @@ bool WriteAll(HANDLE file, const std::string& bytes)
 // their number.
 std::wstring TemporaryPathBeside(const std::wstring& path)
 {
-    wchar_t name[16];
-    std::swprintf(name, std::size(name), L"~%08lx.tmp", ::GetCurrentThreadId());
-    return path.substr(0, path.find_last_of(L"\\/") + 1) + name; // npos + 1 is 0
+    std::wstring digits; // the runtime's wide formatting would add 20 KB to the module
+    for (DWORD number = ::GetCurrentThreadId(); number != 0; number /= 10)
+        digits.insert(digits.begin(), static_cast<wchar_t>(L'0' + number % 10));
+    return path.substr(0, path.find_last_of(L"\\/") + 1) + L"~" + digits + L".tmp"; // npos + 1 is 0
 }
 
 bool WriteNewFile(const std::wstring& path, const std::string& bytes)

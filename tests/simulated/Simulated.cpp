@@ -5,6 +5,7 @@
 #include "tests/simulated/Files.h"
 #include "tests/simulated/HostPaths.h"
 #include "tests/simulated/Internet.h"
+#include "tests/simulated/NotificationIcon.h"
 #include "tests/simulated/ProfileFile.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
@@ -20,6 +21,7 @@ void Reset()
     ResetFiles();
     ResetHostPaths();
     ResetInternet();
+    ResetNotificationIcons();
     ResetProfileFile();
     ResetRegistry();
     ResetSystemFacts();

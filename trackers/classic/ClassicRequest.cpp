@@ -1,0 +1,134 @@
+#include "trackers/classic/ClassicRequest.h"
+
+#include "env/Format.h"
+#include "env/Text.h"
+#include "platform/CodePage.h"
+
+#include <algorithm>
+
+namespace trackers {
+
+using app::EHitType;
+using app::TrackingHit;
+
+namespace {
+
+constexpr std::size_t usualLength = 1024; // units
+
+template <class... Pieces>
+void Append(std::wstring& url, const Pieces&... pieces)
+{
+    (url.append(pieces), ...);
+}
+
+void AppendEncoded(std::wstring& url, std::wstring_view key, std::wstring_view value)
+{
+    url += key;
+    env::AppendQueryText(url, value, true);
+}
+
+// The server expects extension expressions in capitals, their escapes and texts alike.
+void CapitalizeFrom(std::wstring& url, std::size_t start)
+{
+    const auto first = url.begin() + static_cast<std::ptrdiff_t>(start);
+    std::transform(first, url.end(), first, platform::ToUpper);
+}
+
+// 5(category*action*label)(value)
+void AppendEvent(std::wstring& url, const TrackingHit& hit)
+{
+    url += L"&utmt=event&utme=";
+    const std::size_t expression = url.size();
+    AppendEncoded(url, L"5(", hit.field2);
+    AppendEncoded(url, L"*", hit.field4);
+    AppendEncoded(url, L"*", hit.field3);
+    AppendEncoded(url, L")(", hit.field1);
+    url += L')';
+    CapitalizeFrom(url, expression);
+    AppendEncoded(url, L"&utmp=", hit.field5);
+}
+
+// 8(slot!name)9(slot!value)11(slot!scope)
+void AppendCustomVariable(std::wstring& url, const TrackingHit& hit)
+{
+    url += L"&utmt=event&utme=";
+    const std::size_t expression = url.size();
+    AppendEncoded(url, L"8(", hit.field2);
+    AppendEncoded(url, L"!", hit.field3);
+    AppendEncoded(url, L")9(", hit.field2);
+    AppendEncoded(url, L"!", hit.field1);
+    AppendEncoded(url, L")11(", hit.field2);
+    AppendEncoded(url, L"!", hit.field4);
+    url += L')';
+    CapitalizeFrom(url, expression);
+    AppendEncoded(url, L"&utmp=", hit.field5);
+}
+
+void AppendHit(std::wstring& url, const TrackingHit& hit, const std::wstring& productName)
+{
+    switch (hit.type)
+    {
+    case EHitType::None:
+        break;
+    case EHitType::Pageview:
+        AppendEncoded(url, L"&utmp=", productName);
+        break;
+    case EHitType::Event:
+        AppendEvent(url, hit);
+        break;
+    case EHitType::Message:
+        AppendEncoded(url, L"&utmp=", hit.field5);
+        break;
+    case EHitType::Transaction:
+        AppendEncoded(url, L"&utmt=tran&utmp=", productName);
+        url += hit.field1;
+        break;
+    case EHitType::Item:
+        AppendEncoded(url, L"&utmt=item&utmp=", productName);
+        url += hit.field1;
+        break;
+    case EHitType::CustomVariable:
+        AppendCustomVariable(url, hit);
+        break;
+    }
+}
+
+// The cookies that the tracking code keeps in a browser: visitor, session and, when there is a
+// campaign, its source.
+void AppendCookies(std::wstring& url, const ClassicClient& client, const ClassicVisit& visit)
+{
+    Append(url, L"&utmcc=__utma%3D", client.domainHash, L".", client.visitorNumber, L".",
+           visit.firstVisitTime, L".", visit.previousVisitTime, L".", visit.currentVisitTime, L".",
+           visit.sessionCount, L"%3B%2B");
+    Append(url, L"__utmb%3D", client.domainHash, L".", visit.sessionHitNumber, L".10.",
+           visit.currentVisitTime, L"%3B%2B");
+    Append(url, L"__utmc%3D", client.domainHash);
+    if (!client.phash.empty())
+        Append(url, L"%3B%2B__utmz%3D", client.domainHash, L".", visit.currentVisitTime, L".",
+               visit.sessionCount, L".1.utmcsr=(", client.phash,
+               L")|utmccn=(partners)|utmcmd=(unknown)");
+}
+
+} // namespace
+
+std::wstring BuildClassicRequest(const ClassicClient& client, const ClassicVisit& visit,
+                                 const TrackingHit& hit)
+{
+    std::wstring url;
+    url.reserve(usualLength);
+    Append(url, client.collectionUrl, L"utmwv=5.4.3&utms=", visit.sessionHitNumber);
+    env::AppendFormat(url, L"&utmn=%I64d", visit.hitNumber);
+    Append(url, L"&utmac=", client.trackingId);
+    Append(url, L"&utmsr=", client.screenWidth, L"x", client.screenHeight);
+    AppendHit(url, hit, client.productName);
+    AppendEncoded(url, L"&utmhn=", client.productName);
+    url += L"&utmcs=UTF-8";
+    AppendEncoded(url, L"&utmdt=", client.productName);
+    AppendEncoded(url, L"&utmul=", client.language);
+    AppendEncoded(url, L"&utmr=", client.productName);
+    url += L"&aip=1";
+    AppendCookies(url, client, visit);
+    return url;
+}
+
+} // namespace trackers

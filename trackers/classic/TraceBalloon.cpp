@@ -1,0 +1,53 @@
+#include "trackers/classic/TraceBalloon.h"
+
+#include "env/Format.h"
+#include "env/TraceMessage.h"
+
+namespace trackers {
+
+using app::EHitType;
+
+namespace {
+
+constexpr std::uint32_t iconId = 2977;
+constexpr std::uint32_t callbackMessage = 34721;
+constexpr std::uint32_t balloonTimeout = 10'000; // milliseconds
+constexpr int hitTraceLevel = 6;
+
+} // namespace
+
+HitDescription DescribeHit(const app::TrackingHit& hit, const std::wstring& productName)
+{
+    switch (hit.type)
+    {
+    case EHitType::Pageview:
+        return {L"GA: Pageview", productName};
+    case EHitType::Event:
+        return {L"GA: Event", env::FormatText(L"%s: %s - %s (%s)", hit.field2, hit.field4,
+                                              hit.field3, hit.field1)};
+    case EHitType::Message:
+        return {L"GA: Message", hit.field5};
+    case EHitType::Transaction:
+        return {L"GA: Transaction", env::FormatText(L"%s - %s", productName, hit.field1)};
+    case EHitType::Item:
+        return {L"GA: Item", env::FormatText(L"%s - %s", productName, hit.field1)};
+    case EHitType::None:
+    case EHitType::CustomVariable:
+        break;
+    }
+    return {};
+}
+
+CTraceBalloon::CTraceBalloon(const std::wstring& tip, const platform::CStopSignal& stop)
+    : icon({iconId, callbackMessage, balloonTimeout, tip}, stop)
+{}
+
+void CTraceBalloon::Show(const HitDescription& hit)
+{
+    if (hit.title.empty())
+        return;
+    icon.ShowBalloon(hit.title, hit.text);
+    env::TraceMessage(hitTraceLevel, L"%s: %s", hit.title, hit.text);
+}
+
+} // namespace trackers

@@ -1,0 +1,86 @@
+#include "trackers/classic/VisitHistory.h"
+
+#include "env/FileSystem.h"
+#include "env/Format.h"
+#include "env/Text.h"
+#include "platform/Files.h"
+#include "trackers/classic/OldHistory.h"
+
+#include <limits>
+
+namespace trackers {
+
+using xml::SimpleXMLElement;
+
+namespace {
+
+constexpr std::uint64_t largestHistory = 8 << 20; // bytes
+
+std::wstring MakeFingerprint(const app::TrackingHit& hit)
+{
+    return env::Md5OfText(
+        env::FormatText(L"%s_%s_%s_%s", hit.field2, hit.field4, hit.field3, hit.field5));
+}
+
+std::int32_t AddOne(std::int32_t count)
+{
+    return count == std::numeric_limits<std::int32_t>::max() ? count : count + 1;
+}
+
+} // namespace
+
+CVisitHistory::CVisitHistory(const std::wstring& contentFolder)
+    : oldPath(contentFolder + L"tallyhive.dat"),
+      path(contentFolder + L"tallyhive.xml"),
+      events(std::make_unique<SimpleXMLElement>())
+{}
+
+void CVisitHistory::LoadHistory()
+{
+    const platform::CLock lock(stateLock);
+    events = std::make_unique<SimpleXMLElement>();
+    if (env::PathExists(oldPath))
+        ImportOldFile();
+    else if (env::PathExists(path))
+        LoadFile();
+}
+
+void CVisitHistory::ImportOldFile()
+{
+    for (const EventCount& event : ReadOldHistory(oldPath, largestHistory))
+        events->AddChild(event.fingerprint, event.count, false);
+    platform::RemoveFile(oldPath);
+}
+
+// What cannot be understood is an empty history, so that it does not end up in the next file.
+void CVisitHistory::LoadFile()
+{
+    std::string text;
+    if (!platform::ReadWholeFile(path, largestHistory, text))
+        return;
+    auto loaded = std::make_unique<SimpleXMLElement>(text, false);
+    if (loaded->GetChildCount() > 0)
+        events = std::move(loaded);
+}
+
+void CVisitHistory::SaveHistory()
+{
+    const platform::CTryLock lock(stateLock);
+    if (lock)
+        events->Save(path);
+}
+
+std::int32_t CVisitHistory::CountEventOccurrence(const app::TrackingHit& hit)
+{
+    if (hit.type != app::EHitType::Event)
+        return 0;
+    const std::wstring fingerprint = MakeFingerprint(hit);
+    const platform::CLock lock(stateLock);
+    SimpleXMLElement* const known = events->FindChild(fingerprint);
+    if (known == nullptr)
+        return events->AddChild(fingerprint, 1, false)->GetValueAsInteger();
+    known->SetValue(AddOne(known->GetValueAsInteger()));
+    return known->GetValueAsInteger();
+}
+
+} // namespace trackers
