@@ -3,9 +3,21 @@
 
 using namespace app;
 
+namespace {
+
+// The tracker that was chosen at load, while it is alive.
+ITracker* FindMainTracker() noexcept
+{
+    if (ITracker* const tracker = uaTracker.Get())
+        return tracker;
+    return classicTracker.Get();
+}
+
+} // namespace
+
 ITracker* GetTrackerInstance() noexcept
 {
-    ITracker* const tracker = classicTracker.Get();
+    ITracker* const tracker = FindMainTracker();
     if (tracker != nullptr)
         mainReferences.Add();
     return tracker;
@@ -13,9 +25,10 @@ ITracker* GetTrackerInstance() noexcept
 
 void DestroyTrackerInstance() noexcept
 {
-    if (classicTracker.Get() == nullptr || !mainReferences.ReleaseLast())
+    if (FindMainTracker() == nullptr || !mainReferences.ReleaseLast())
         return;
     classicTracker.Destroy();
+    uaTracker.Destroy();
     mainReferences.Reset();
 }
 

@@ -155,13 +155,15 @@ private:
 // system's last error. Bounded by one second after a stop request, as every call here.
 bool GetConnectedState(const CStopSignal& stop, std::uint32_t& error);
 
-// What the network list manager says of the connection to the internet.
+// What the network list manager says of the connection to the internet. Whatever the question
+// leaves as its thread's last system error becomes the caller's.
 enum class EConnectivity
 {
     Connected,
     NotConnected,
     CallFailed,     // the manager exists, the question failed
     ManagerMissing, // creating the manager failed
+    NoManager,      // creating it reported success, but there is none
     Exception       // something unforeseen
 };
 EConnectivity QueryConnectivity(const CStopSignal& stop);

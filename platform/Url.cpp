@@ -103,19 +103,22 @@ bool ResolveLocation(const Url& base, std::wstring_view location, Url& resolved)
 
 std::wstring EscapeObject(std::wstring_view object)
 {
-    const auto stays = [](wchar_t unit) { return unit > L' ' && unit < 0x7F && unit != L'#'; };
+    const std::size_t query = object.find(L'?');
+    const auto stays = [&](std::size_t i) {
+        const wchar_t unit = object[i];
+        const bool mayBeDotSegment = unit == L'.' && i > query && object[i - 1] == L'/';
+        return unit > L' ' && unit < 0x7F && unit != L'#' && unit != L'\\' && !mayBeDotSegment;
+    };
     std::wstring escaped;
     escaped.reserve(object.size());
     for (std::size_t i = 0; i < object.size();)
     {
-        const auto next = static_cast<std::size_t>(
-            std::find_if(object.begin() + static_cast<std::ptrdiff_t>(i), object.end(), stays) -
-            object.begin());
-        if (next > i) // whole runs, so that surrogate pairs stay together
-            AppendPercentEncoded(escaped, EncodeUtf8(object.substr(i, next - i)));
-        if (next < object.size())
-            escaped += object[next];
-        i = next + 1;
+        const std::size_t start = i;
+        while (i < object.size() && !stays(i)) // whole runs keep surrogate pairs together
+            ++i;
+        AppendPercentEncoded(escaped, EncodeUtf8(object.substr(start, i - start)));
+        if (i < object.size())
+            escaped += object[i++];
     }
     return escaped;
 }

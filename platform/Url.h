@@ -23,8 +23,10 @@ bool CrackUrl(std::wstring_view text, Url& url);
 // forms. False when it leads to no http or https address.
 bool ResolveLocation(const Url& base, std::wstring_view location, Url& resolved);
 
-// `object` as it can stand in a request line: controls, blanks, "#" and everything beyond ASCII
-// are percent-encoded as UTF-8; every other unit stays as it is, percent signs included.
+// `object` as it can stand in a request line and comes through the system's HTTP client unchanged:
+// controls, blanks, "#", backslashes and everything beyond ASCII are percent-encoded as UTF-8, and
+// so is a dot behind a slash of the query, which the client would take for a dot segment. Every
+// other unit stays as it is, percent signs included.
 std::wstring EscapeObject(std::wstring_view object);
 
 } // namespace platform

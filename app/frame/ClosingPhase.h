@@ -1,8 +1,6 @@
 #pragma once
 
-#include "platform/StopSignal.h"
-
-#include <cstdint>
+#include "net/StopGrace.h"
 
 namespace app {
 
@@ -13,19 +11,20 @@ namespace app {
 class CClosingPhase
 {
 public:
-    explicit CClosingPhase(const platform::CStopSignal& stopSignal) noexcept : stop(stopSignal) {}
+    explicit CClosingPhase(const platform::CStopSignal& stopSignal) noexcept
+        : stop(stopSignal), phase(stopSignal, 10'000)
+    {}
 
     // Whether the next hit may still be sent. Always true while no stop is requested.
-    bool MaySend() noexcept;
+    bool MaySend() noexcept { return !phase.IsOver() && !failed; }
 
     // Tells how the latest attempt ended.
     void NoteAttempt(bool delivered) noexcept;
 
 private:
     const platform::CStopSignal& stop;
-    bool begun = false;
+    net::CStopGrace phase;
     bool failed = false;
-    std::uint32_t beginTick = 0;
 };
 
 } // namespace app

@@ -4,7 +4,7 @@
 
 namespace app {
 
-void CHitQueue::Append(TrackingHit hit)
+void CHitQueue::Append(TrackingHit&& hit)
 {
     const platform::CLock lock(queueLock);
     if (!closed)

@@ -18,11 +18,11 @@ class CHitQueue
 {
 public:
     // Appends a hit behind all others. There is no limit on the length. A closed queue drops it.
-    void Append(TrackingHit hit);
+    void Append(TrackingHit&& hit);
 
     // The same, with what `lead(*this)` appends in front of it; both under one lock.
     template <class Lead>
-    void Append(TrackingHit hit, Lead&& lead)
+    void Append(TrackingHit&& hit, Lead&& lead)
     {
         const platform::CLock lock(queueLock);
         lead(*this);

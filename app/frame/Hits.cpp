@@ -2,6 +2,8 @@
 
 #include "env/Text.h"
 
+#include <utility>
+
 namespace app {
 
 namespace {
@@ -34,7 +36,7 @@ TrackingHit MakeMessageHit(std::wstring_view text)
 }
 
 TrackingHit MakeEventHit(std::wstring_view category, std::wstring_view action,
-                         std::wstring_view label, std::wstring_view value, std::wstring_view page)
+                         std::wstring_view label, std::wstring_view value, std::wstring page)
 {
     TrackingHit hit;
     hit.type = EHitType::Event;
@@ -42,7 +44,7 @@ TrackingHit MakeEventHit(std::wstring_view category, std::wstring_view action,
     hit.field2 = OrUnknown(category);
     hit.field3 = OrUnknown(label);
     hit.field4 = OrUnknown(action);
-    hit.field5 = page;
+    hit.field5 = std::move(page);
     return hit;
 }
 
@@ -57,7 +59,7 @@ TrackingHit MakeEventExHit(std::wstring_view category, std::wstring_view action,
     hit.field2 = OrUnknown(category);
     hit.field3 = label;
     hit.field4 = OrUnknown(action);
-    hit.field5 = page;
+    hit.field5 = std::move(page);
     hit.onceOnly = onceOnly;
     return hit;
 }

@@ -4,9 +4,14 @@
 
 namespace app {
 
+std::wstring GetConfigPathBeside(const std::wstring& hostPath)
+{
+    return hostPath.substr(0, hostPath.rfind(L'\\') + 1) + L"install.cfg";
+}
+
 std::wstring FindConfigBeside(const std::wstring& hostPath)
 {
-    const std::wstring path = hostPath.substr(0, hostPath.rfind(L'\\') + 1) + L"install.cfg";
+    const std::wstring path = GetConfigPathBeside(hostPath);
     return env::PathExists(path) ? path : L"";
 }
 

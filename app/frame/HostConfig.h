@@ -4,7 +4,11 @@
 
 namespace app {
 
-// The full path of the "install.cfg" in the folder of `hostPath`; empty when there is no such file.
+// The full path of the "install.cfg" in the folder of `hostPath`, whether it exists or not.
+// Any thread.
+std::wstring GetConfigPathBeside(const std::wstring& hostPath);
+
+// The same; empty when there is no such file.
 // Any thread.
 std::wstring FindConfigBeside(const std::wstring& hostPath);
 

@@ -48,7 +48,7 @@ protected:
     ~CTrackerBase() override = default;
 
     // Appends a hit; a tracker may let others lead it in.
-    virtual void QueueHit(TrackingHit hit) { queue.Append(std::move(hit)); }
+    virtual void QueueHit(TrackingHit&& hit) { queue.Append(std::move(hit)); }
 
     // Runs `operation`; whatever fails in it is dropped, so that the host never sees it.
     template <class Operation>

@@ -1,8 +1,7 @@
 #include "app/frame/UserAgent.h"
 
 #include "env/Format.h"
-
-#include <algorithm>
+#include "net/HeaderValue.h"
 
 namespace app {
 
@@ -14,10 +13,7 @@ std::wstring FormatUserAgent(std::wstring_view productName, std::wstring_view ve
 
 std::wstring FormatUserAgentHeader(std::wstring_view userAgent)
 {
-    std::wstring header(userAgent);
-    std::replace_if(
-        header.begin(), header.end(), [](wchar_t unit) { return unit < L' '; }, L' ');
-    return env::FormatText(L"User-Agent: %s\r\n", header);
+    return env::FormatText(L"User-Agent: %s\r\n", net::MakeHeaderValue(std::wstring(userAgent)));
 }
 
 } // namespace app

@@ -40,8 +40,8 @@ EConnectivity AskNetworkListManager() noexcept
         manager->Release();
     }
     ::CoUninitialize();
-    if (missing && FAILED(result))
-        return EConnectivity::ManagerMissing;
+    if (missing)
+        return FAILED(result) ? EConnectivity::ManagerMissing : EConnectivity::NoManager;
     if (FAILED(result))
         return EConnectivity::CallFailed;
     return connected == VARIANT_TRUE ? EConnectivity::Connected : EConnectivity::NotConnected;
@@ -70,10 +70,20 @@ bool GetConnectedState(const CStopSignal& stop, std::uint32_t& error)
 
 EConnectivity QueryConnectivity(const CStopSignal& stop)
 {
-    const auto answer = std::make_shared<EConnectivity>(EConnectivity::Exception);
-    const bool ended =
-        RunWithinDeadline([answer] { *answer = AskNetworkListManager(); }, connectivityLimit, stop);
-    return ended ? *answer : EConnectivity::Exception;
+    struct Answer
+    {
+        EConnectivity connectivity;
+        DWORD error;
+    };
+    const auto answer = std::make_shared<Answer>();
+    const bool ended = RunWithinDeadline(
+        [answer] {
+            answer->connectivity = AskNetworkListManager();
+            answer->error = ::GetLastError();
+        },
+        connectivityLimit, stop);
+    ::SetLastError(ended ? answer->error : ERROR_TIMEOUT);
+    return ended ? answer->connectivity : EConnectivity::Exception;
 }
 
 } // namespace platform

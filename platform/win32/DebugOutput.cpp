@@ -4,6 +4,11 @@
 
 namespace platform {
 
-void WriteDebugOutput(const std::wstring& line) noexcept { ::OutputDebugStringW(line.c_str()); }
+void WriteDebugOutput(const std::wstring& line) noexcept
+{
+    const DWORD lastError = ::GetLastError(); // whoever traces a failure may read it afterwards
+    ::OutputDebugStringW(line.c_str());
+    ::SetLastError(lastError);
+}
 
 } // namespace platform

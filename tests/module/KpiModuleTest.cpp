@@ -36,7 +36,7 @@ TEST_F(KpiModuleTest, EveryKindOfHitArrivesByteForByte)
                                       "eventex \"\" Ok\xC3\xA9 a|b 12\n"
                                       "message Hello\n"
                                       "purchase Pack P1 10.0 O7 3\n"
-                                      "product \"My \\\"Tool\\\" #1 \xE2\x82\xAC\"\n"
+                                      "product \"My \\\"Tool\\\" #1 \xE2\x82\xAC /../\\x\"\n"
                                       "sleep 2500\n" // the hits above go out under this name
                                       "pageview\n");
     EXPECT_EQ(run.status, 0) << run.output;
@@ -45,7 +45,7 @@ TEST_F(KpiModuleTest, EveryKindOfHitArrivesByteForByte)
         "/piwik.php?send_image=0&rec=1&apiv=1&idsite=1"
         "&ua=Disk%20Tool/3.2.1%20(Windows%20NT%206.1;%20WOW64)&url=www.zotracker.example"
         "&uid=*&lang=de%2Dus&rand=*&_rcn=ab1&_rck=news&_cvar={\"1\":[\"product\",%20\"";
-    const std::string back = "My%20\"Tool\"%20%231%20%E2%82%AC\"]}";
+    const std::string back = "My%20\"Tool\"%20%231%20%E2%82%AC%20/%2E./%5Cx\"]}";
     const std::vector<std::string> expected{
         front + back,
         front + back + "&e_c=Scan&e_a=Start%20now&e_n=unknown&e_v=5%20%",

@@ -9,8 +9,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const fs::path windowsBuild = fs::path(ZO_SOURCE_FOLDER) / "build/windows";
-
 const collector::CAuthority& GetAuthority()
 {
     static const collector::CAuthority authority(CWinePrefix::GetAuthorityFolder());
@@ -23,7 +21,7 @@ fs::path MakeHostFolder()
     if (::mkdtemp(name.data()) == nullptr)
         throw std::runtime_error("cannot make a temporary folder");
     for (const char* file : {"ZoTracker.dll", "host.exe"})
-        fs::copy_file(windowsBuild / file, fs::path(name) / file);
+        fs::copy_file(GetWindowsBuild() / file, fs::path(name) / file);
     return name;
 }
 
@@ -76,6 +74,8 @@ std::vector<std::string> CModuleTest::GetTargets() const
         targets.push_back(hit.target);
     return targets;
 }
+
+fs::path GetWindowsBuild() { return fs::path(ZO_SOURCE_FOLDER) / "build/windows"; }
 
 int GetMilliseconds(const ProgramResult& result, const std::string& what)
 {

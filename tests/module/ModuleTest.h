@@ -56,4 +56,7 @@ int GetMilliseconds(const ProgramResult& result, const std::string& what);
 // The value of a query parameter as it stands; fails the case when it is missing.
 std::string GetParameter(const std::string& target, const std::string& key);
 
+// Where the preset "windows" has built.
+std::filesystem::path GetWindowsBuild();
+
 } // namespace module

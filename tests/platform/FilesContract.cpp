@@ -34,7 +34,9 @@ TEST_F(Files, AFailedReplacementChangesNothing)
     ASSERT_TRUE(platform::ReplaceFileContents(PathOf(L"file.dat"), "old"));
     EXPECT_FALSE(platform::ReplaceFileContents(PathOf(L"none\\file.dat"), "new"));
     EXPECT_FALSE(platform::ReplaceFileContents(PathOf(L"file.dat\\below"), "new"));
-    EXPECT_FALSE(platform::ReplaceFileContents(folder, "new"));
+    ASSERT_TRUE(platform::CreateFolder(PathOf(L"below")));
+    EXPECT_FALSE(platform::ReplaceFileContents(PathOf(L"below"), "new"));
+    RemoveFolder(PathOf(L"below"));
     EXPECT_EQ(ListFiles(folder), Names{L"file.dat"});
     EXPECT_EQ(Read(PathOf(L"file.dat")), "old");
 }
@@ -47,6 +49,7 @@ TEST_F(Files, ReadingKeepsToTheLimitAndLeavesTheOutputAloneOnFailure)
     EXPECT_FALSE(platform::ReadWholeFile(PathOf(L"none.dat"), 100, bytes));
     EXPECT_FALSE(platform::ReadWholeFile(folder, 100, bytes));
     EXPECT_FALSE(platform::ReadWholeFile(L"", 100, bytes));
+    EXPECT_FALSE(platform::ReadWholeFile(L"NUL", 100, bytes)) << "a device";
     EXPECT_EQ(bytes, "before");
     EXPECT_TRUE(platform::ReadWholeFile(PathOf(L"file.dat"), 5, bytes));
     EXPECT_EQ(bytes, "12345");

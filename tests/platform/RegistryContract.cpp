@@ -185,7 +185,7 @@ TEST_F(Registry, ATooSmallBufferIsMoreData)
 {
     CRegistryKey key = CreateOwn();
     ASSERT_TRUE(key.Set(L"ID", 3, {1, 2, 3}));
-    for (const std::size_t room : {0, 1, 2})
+    for (std::size_t room = 0; room < 3; ++room)
     {
         Bytes buffer(room);
         std::size_t size = 0;

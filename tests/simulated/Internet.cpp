@@ -1,5 +1,6 @@
 #include "tests/simulated/Internet.h"
 
+#include "platform/LastError.h"
 #include "platform/Url.h"
 #include "tests/simulated/VirtualTime.h"
 
@@ -21,6 +22,7 @@ struct InternetState
     simulated::SentRequest request{};
     simulated::Answer answer;
     std::size_t bytesRead = 0;
+    std::size_t reads = 0;
     std::size_t index = 0; // of the noted request
     bool abandoned = false;
 };
@@ -42,6 +44,7 @@ struct Internet
     bool connected = true;
     std::uint32_t connectedError = 0;
     platform::EConnectivity connectivity = platform::EConnectivity::Connected;
+    std::uint32_t connectivityError = 0;
     int openHandles = 0;
 };
 
@@ -51,11 +54,21 @@ Internet& GetInternet()
     return *internet;
 }
 
-// The answer that the next request will get: its early stages can fail before anything is sent.
+// The answer that the next request will get.
 Answer PeekAnswer()
 {
     const std::lock_guard lock(GetInternet().mutex);
     return GetInternet().script.empty() ? Answer{} : GetInternet().script.front();
+}
+
+// Where that answer fails, before anything is sent: its body may be too long to copy for that.
+ENetworkStage PeekFailure(std::uint32_t& error)
+{
+    const std::lock_guard lock(GetInternet().mutex);
+    if (GetInternet().script.empty())
+        return ENetworkStage::None;
+    error = GetInternet().script.front().error;
+    return GetInternet().script.front().failsAt;
 }
 
 void TakeAnswer()
@@ -68,11 +81,11 @@ void TakeAnswer()
 // Stages up to the send use up their answer when they fail; later ones have taken it already.
 void FailIfOrderedEarly(ENetworkStage stage)
 {
-    const Answer answer = PeekAnswer();
-    if (answer.failsAt != stage)
+    std::uint32_t error = 0;
+    if (PeekFailure(error) != stage)
         return;
     TakeAnswer();
-    throw CInternetException(answer.error);
+    throw CInternetException(error);
 }
 
 void FailIfOrdered(const InternetState& state, ENetworkStage stage)
@@ -136,6 +149,7 @@ void ResetInternet()
     GetInternet().connected = true;
     GetInternet().connectedError = 0;
     GetInternet().connectivity = platform::EConnectivity::Connected;
+    GetInternet().connectivityError = 0;
     GetInternet().openHandles = 0;
 }
 
@@ -152,10 +166,11 @@ void SetConnectedState(bool connected, std::uint32_t error)
     GetInternet().connectedError = error;
 }
 
-void SetConnectivity(platform::EConnectivity connectivity)
+void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error)
 {
     const std::lock_guard lock(GetInternet().mutex);
     GetInternet().connectivity = connectivity;
+    GetInternet().connectivityError = error;
 }
 
 std::vector<SentRequest> GetSentRequests()
@@ -241,14 +256,14 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
     opened->request.referrer = referrer;
     opened->request.requestFlags = flags;
     // What happens to this request also happens when its connection is closed.
-    state->answer = simulated::PeekAnswer();
+    state->answer.failsAt = simulated::PeekFailure(state->answer.error);
     return std::make_unique<CHttpFile>(std::move(opened));
 }
 
 void CHttpConnection::Close()
 {
     const auto closing = std::move(state);
-    if (closing)
+    if (closing && !closing->abandoned)
         simulated::FailIfOrdered(*closing, ENetworkStage::CloseConnection);
 }
 
@@ -306,8 +321,11 @@ std::size_t CHttpFile::Read(char* buffer, std::size_t count)
     const std::string& body = state->answer.body;
     if (state->bytesRead == body.size()) // a broken connection breaks after what came before
         simulated::FailIfOrdered(*state, ENetworkStage::Read);
-    const std::size_t read =
-        std::min({count, state->answer.bytesPerRead, body.size() - state->bytesRead});
+    const std::vector<std::size_t>& first = state->answer.firstReads;
+    const std::size_t limit =
+        state->reads < first.size() ? first[state->reads] : state->answer.bytesPerRead;
+    ++state->reads;
+    const std::size_t read = std::min({count, limit, body.size() - state->bytesRead});
     std::memcpy(buffer, body.data() + state->bytesRead, read);
     state->bytesRead += read;
     return read;
@@ -318,7 +336,7 @@ void CHttpFile::Abort() noexcept { state.reset(); }
 void CHttpFile::Close()
 {
     const auto closing = std::move(state);
-    if (closing)
+    if (closing && !closing->abandoned)
         simulated::FailIfOrdered(*closing, ENetworkStage::CloseRequest);
 }
 
@@ -332,6 +350,7 @@ bool GetConnectedState(const CStopSignal&, std::uint32_t& error)
 EConnectivity QueryConnectivity(const CStopSignal&)
 {
     const std::lock_guard lock(GetInternet().mutex);
+    SetLastSystemError(GetInternet().connectivityError);
     return GetInternet().connectivity;
 }
 

@@ -38,7 +38,8 @@ struct Answer
     std::wstring location;
     std::wstring contentLocation;
     std::string body;
-    std::size_t bytesPerRead = 8192;
+    std::vector<std::size_t> firstReads; // how many bytes the first reads return at the most
+    std::size_t bytesPerRead = 8192;     // and all others
 };
 
 struct SentRequest
@@ -61,7 +62,7 @@ struct SentRequest
 void ResetInternet();
 void AddAnswer(Answer answer);
 void SetConnectedState(bool connected, std::uint32_t error);
-void SetConnectivity(platform::EConnectivity connectivity);
+void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error = 0);
 
 // Every send so far, failed ones included, in order.
 std::vector<SentRequest> GetSentRequests();

@@ -111,8 +111,7 @@ std::size_t FindKey(const Lines& lines, Range range, const std::wstring& key)
 {
     const auto sets = [&key](const std::wstring& line) {
         const std::size_t sign = line.find(L'=');
-        return sign != line.npos && !Trim(line).starts_with(L';') &&
-               FoldName(line.substr(0, sign)) == FoldName(key);
+        return sign != line.npos && FoldName(line.substr(0, sign)) == FoldName(key);
     };
     while (range.first < range.second && !sets(lines[range.first]))
         ++range.first;

@@ -174,7 +174,7 @@ CRegistryKey CRegistryKey::Open(ERegistryRoot root, const std::wstring& subKey,
         access == ERegistryAccess::All && simulated::Refuses(root, ERegistryDenial::Opening);
     if (refused || !registry.keys.contains(place))
         return {};
-    return CRegistryKey(std::make_unique<Native>(place, access));
+    return CRegistryKey(std::make_unique<Native>(Native{place, access}));
 }
 
 CRegistryKey CRegistryKey::Create(ERegistryRoot root, const std::wstring& subKey,
@@ -188,7 +188,7 @@ CRegistryKey CRegistryKey::Create(ERegistryRoot root, const std::wstring& subKey
         return {};
     simulated::CreateAt(place);
     existed = exists;
-    return CRegistryKey(std::make_unique<Native>(place, ERegistryAccess::All));
+    return CRegistryKey(std::make_unique<Native>(Native{place, ERegistryAccess::All}));
 }
 
 bool CRegistryKey::QueryType(const std::wstring& name, std::uint32_t& type) const

@@ -78,10 +78,11 @@ TEST_F(CollectorProgram, EndsAfterTheHitsAndAnswersTheLastOne)
             answers += client.Read().substr(9, 4);
         }
     };
-    const Outcome outcome =
-        RunCollector("--until 2 --folder " + folder + " --port-file " + folder + "/port", report);
+    const Outcome outcome = RunCollector("--fault wait:100 --until 2 --folder " + folder +
+                                             " --port-file " + folder + "/port",
+                                         report);
     EXPECT_EQ(outcome.code, 0) << outcome.output;
-    EXPECT_EQ(answers, "404 200 200 ");
+    EXPECT_EQ(answers, "200 200 200 ");
     EXPECT_THAT(outcome.output, HasSubstr(" KPI event  Scan / Start\n"));
     EXPECT_THAT(outcome.output, HasSubstr("\nHits collected: 2\n"));
     const std::string lines = ReadFile("hits.jsonl");

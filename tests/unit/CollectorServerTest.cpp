@@ -272,6 +272,21 @@ TEST_F(CollectorServer, StopsAtOnceWhateverItDoes)
     }
 }
 
+TEST_F(CollectorServer, NoticesThatAClientStopsWaiting)
+{
+    for (const Answer& answer : {MakeStall(), Delayed(MakePixel(), 24h)})
+    {
+        server.Order(answer);
+        std::optional<CTlsClient> client(Connect());
+        client->Send("GET / HTTP/1.1\r\n\r\n");
+        ASSERT_TRUE(server.WaitForHits(1, 10s));
+        EXPECT_FALSE(server.WaitUntilAnswered(0s));
+        client.reset();
+        EXPECT_TRUE(server.WaitUntilAnswered(10s));
+        server.Clear();
+    }
+}
+
 TEST_F(CollectorServer, DisconnectEndsAStalledHandshakeAndServesOn)
 {
     server.Order(EConnectionFault::StallHandshake);
@@ -395,6 +410,7 @@ TEST(Authority, MakesAgainWhatIsDamagedExpiredOrNotItsOwn)
         std::ofstream(server, std::ios::binary) << damage;
         std::filesystem::remove(first.GetDerPath());
         const CAuthority mended(folder.path);
+        EXPECT_TRUE(ReadFile(server) != damage) << damage;
         EXPECT_TRUE(IsUsable(ReadPem(ReadFile(server)), &signer)) << damage;
         EXPECT_TRUE(ReadFile(mended.GetPemPath()) == certificate) << "the trusted one stays";
         EXPECT_TRUE(ReadFile(mended.GetDerPath()) == der);

@@ -100,7 +100,7 @@ TEST(FirstHitRule, LeadsOnlyTheFirstHitIn)
         {
             TrackingHit hit;
             hit.type = type;
-            queue.Append(hit, [&](CHitQueue& led) { rule.Lead(led, type, c.phash); });
+            queue.Append(TrackingHit(hit), [&](CHitQueue& led) { rule.Lead(led, type, c.phash); });
         }
         EXPECT_EQ(TakeTypes(queue), c.queued) << c.phash;
     }

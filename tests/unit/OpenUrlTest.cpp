@@ -85,7 +85,8 @@ TEST(Url, OnlyWhatBreaksARequestLineIsEscaped)
         std::wstring object;
         const wchar_t* escaped;
     } cases[] = {
-        {L"/a?b={\"1\":[\"x\", \"y\"]}|%20^`\\<>", L"/a?b={\"1\":[\"x\",%20\"y\"]}|%20^`\\<>"},
+        {L"/a?b={\"1\":[\"x\", \"y\"]}|%20^`<>", L"/a?b={\"1\":[\"x\",%20\"y\"]}|%20^`<>"},
+        {L"/./a\\b?c=/../d/.e&f=1.0", L"/./a%5Cb?c=/%2E./d/%2Ee&f=1.0"},
         {L"a\r\nb\t#", L"a%0D%0Ab%09%23"},
         {std::wstring(L"\0\x7f", 2), L"%00%7F"},
         {L"\xE9\x20AC!", L"%C3%A9%E2%82%AC!"},

@@ -145,7 +145,7 @@ void CZoTracker::TrackPurchase(TrackerText itemName, TrackerText itemCode, doubl
     });
 }
 
-void CZoTracker::QueueHit(TrackingHit hit)
+void CZoTracker::QueueHit(TrackingHit&& hit)
 {
     const EHitType type = hit.type;
     queue.Append(std::move(hit), [this, type](app::CHitQueue& led) {

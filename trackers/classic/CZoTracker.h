@@ -77,7 +77,7 @@ private:
     bool SendTrackingRequest(platform::CInternetSession& session, const std::wstring& url,
                              const Configuration& current) const;
 
-    void QueueHit(app::TrackingHit hit) override;
+    void QueueHit(app::TrackingHit&& hit) override;
     void ReadConfigurationOf(const std::wstring& hostPath);
     void ChooseProductName(std::wstring name);
     Configuration GetConfiguration() const;

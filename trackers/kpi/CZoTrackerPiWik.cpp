@@ -97,7 +97,7 @@ void CZoTrackerPiWik::TrackPurchase(TrackerText, TrackerText, double, TrackerTex
     Guard([&] {
         TrackingHit hit;
         hit.type = EHitType::Transaction;
-        QueueHit(hit);
+        QueueHit(TrackingHit(hit));
         hit.type = EHitType::Item;
         QueueHit(std::move(hit));
     });

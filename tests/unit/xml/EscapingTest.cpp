@@ -28,7 +28,7 @@ TEST(Escaping, UnescapesEntitiesInOrderThenReferences)
         {L"decimal and hexadecimal", L"&#65;&#x20ac;&#X20AC;&#0065;",
          L"A\x20AC\x20AC"
          L"A"},
-        {L"beyond 16 bits", L"&#128512;&#x10FFFF;", L"\xD83D\xDE00\xDBFF\xDFFF"},
+        {L"beyond 16 bits", L"&#xFFFF;&#x10000;&#x10FFFF;", L"\xFFFF\xD800\xDC00\xDBFF\xDFFF"},
         {L"no character", L"&#0;&#xD800;&#x110000;&#99999999999999999999;",
          L"&#0;&#xD800;&#x110000;&#99999999999999999999;"},
         {L"no number", L"&#;&#x;&#6a;&#-1;&#65 ;&#65", L"&#;&#x;&#6a;&#-1;&#65 ;&#65"},

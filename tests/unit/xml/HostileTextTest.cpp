@@ -10,7 +10,7 @@ namespace {
 
 using xml::SimpleXMLElement;
 
-constexpr std::size_t large = 8 << 20;
+constexpr std::size_t large = 2 << 20;
 
 std::string Repeat(const std::string& piece, std::size_t count)
 {

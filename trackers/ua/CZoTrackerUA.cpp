@@ -1,0 +1,272 @@
+#include "trackers/ua/CZoTrackerUA.h"
+
+#include "app/frame/HostConfig.h"
+#include "app/frame/StatsSampling.h"
+#include "app/frame/UserAgent.h"
+#include "env/FileSystem.h"
+#include "env/HostPaths.h"
+#include "env/InstallConfig.h"
+#include "env/ModuleVersion.h"
+#include "env/ProductUserId.h"
+#include "env/SystemDescription.h"
+#include "env/Text.h"
+#include "env/TraceMessage.h"
+#include "platform/Clock.h"
+#include "trackers/ua/ClientId.h"
+#include "trackers/ua/UaPayload.h"
+
+namespace trackers {
+
+using app::EHitType;
+using app::TrackingHit;
+using env::GetInstallConfigInt;
+using env::GetInstallConfigString;
+using platform::CLock;
+
+namespace {
+
+constexpr const wchar_t* defaultEndpoint = L"https://" ZO_UA_HOST L"/collect";
+constexpr std::chrono::milliseconds pauseBetweenHits{50};
+constexpr std::uint32_t roundsBetweenPageviews = 100; // of about 2 seconds when idle
+
+// Results of the communicator.
+constexpr std::int32_t noSystemConnection = 1;
+constexpr std::int32_t noInternet = 3;
+constexpr std::int32_t unforeseen = 5;
+
+constexpr bool IsDelivered(std::int32_t errorCode)
+{
+    return errorCode != noSystemConnection && errorCode != noInternet && errorCode != unforeseen;
+}
+
+} // namespace
+
+CZoTrackerUA::CZoTrackerUA(const std::wstring& name, const std::wstring&,
+                           const std::wstring& wantedTrackingId)
+    : CTrackerBase(&TrackingThreadFunction, L"CZoTrackerUA::TrackingThreadFunction"),
+      hostPath(env::GetApplicationFilePath()),
+      productUserId(env::GetProductUserId(L"")),
+      hostVersion(env::GetApplicationProductVersion())
+{
+    Adopt(ReadConfiguration(configPath));
+    if (!wantedTrackingId.empty())
+        configuration.trackingId = wantedTrackingId;
+    ChooseProductName(name);
+    if (configuration.trackingId.empty())
+    {
+        env::TraceMessage(3, L"ERROR UA ### No tracking-id found");
+        queue.Close(); // what nobody takes would only fill the host's memory
+        return;
+    }
+    suppressStatsEvents = app::DrawDropsStatsEvents();
+    StartWorker();
+}
+
+CZoTrackerUA::~CZoTrackerUA() { StopWorker(); }
+
+// --- configuration -----------------------------------------------------------------------------
+
+CZoTrackerUA::Configuration CZoTrackerUA::ReadConfiguration(const std::wstring& path)
+{
+    Configuration read;
+    read.endpoint = GetInstallConfigString(L"UA", L"URL", defaultEndpoint, path);
+    read.protocolVersion = GetInstallConfigString(L"UA", L"Version", L"1", path);
+    read.trackingId = GetInstallConfigString(L"UA", L"Id", L"", path);
+    read.phash = GetInstallConfigString(L"install", L"phash", L"", path);
+    read.language = GetInstallConfigString(L"install", L"language", L"", path);
+    read.enabled = GetInstallConfigInt(L"UA", L"Enabled", 0, path) == 1;
+    return read;
+}
+
+void CZoTrackerUA::Adopt(Configuration read)
+{
+    const CLock lock(productLock);
+    configuration = std::move(read);
+    trackingEnabled = configuration.enabled;
+}
+
+void CZoTrackerUA::Initialize(const wchar_t* newHostPath) noexcept
+{
+    Guard([&] {
+        if (newHostPath != nullptr && env::PathExists(newHostPath))
+            UseHost(newHostPath);
+        BuildUserAgent();
+    });
+}
+
+void CZoTrackerUA::UseHost(const std::wstring& path)
+{
+    const std::wstring newConfigPath = app::GetConfigPathBeside(path);
+    {
+        const CLock lock(productLock);
+        hostPath = path;
+        configPath = newConfigPath;
+    }
+    if (env::PathExists(newConfigPath))
+        Adopt(ReadConfiguration(newConfigPath));
+}
+
+void CZoTrackerUA::SetTrackingEnabled(bool enable) noexcept
+{
+    Guard([&] {
+        if ((GetInstallConfigInt(L"UA", L"Enabled", 0) == 1) == enable)
+            return;
+        trackingEnabled = enable;
+        ReportTrackingSwitch(enable);
+        env::SetInstallConfigString(L"UA", L"Enabled", enable ? L"1" : L"0");
+        env::SetInstallConfigString(L"install", L"tracking", enable ? L"1" : L"0");
+    });
+}
+
+void CZoTrackerUA::SetProductName(TrackerText name) noexcept
+{
+    Guard([&] { ChooseProductName(std::wstring(name.View())); });
+}
+
+void CZoTrackerUA::ChooseProductName(std::wstring name)
+{
+    const CLock lock(productLock);
+    productName = name.empty() ? FindProductName() : std::move(name);
+    GetClientId();
+    BuildUserAgent();
+}
+
+std::wstring CZoTrackerUA::FindProductName() const
+{
+    std::wstring name = ReadConfiguredProductName(configPath);
+    return name.empty() ? env::GetFileProductName(hostPath) : name;
+}
+
+void CZoTrackerUA::BuildUserAgent()
+{
+    communicator.SetRequestHeaders(
+        L"", L"", app::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem()));
+}
+
+std::wstring CZoTrackerUA::GetClientId()
+{
+    const CLock lock(productLock);
+    if (clientId.empty())
+        clientId = FindOrMakeClientId(productUserId);
+    return clientId;
+}
+
+// --- hits --------------------------------------------------------------------------------------
+
+void CZoTrackerUA::TrackPurchase(TrackerText, TrackerText itemCode, double unitPrice,
+                                 TrackerText orderId, std::int32_t quantity) noexcept
+{
+    Guard([&] {
+        const std::wstring order = orderId.View().empty()
+                                       ? MakeOrderId(GetClientId(), platform::GetTickMilliseconds())
+                                       : std::wstring(orderId.View());
+        std::wstring phash;
+        {
+            const CLock lock(productLock);
+            phash = configuration.phash;
+        }
+        UaPurchase purchase = MakePurchaseHits(itemCode.View(), unitPrice, order, quantity, phash);
+        QueueHit(std::move(purchase.transaction));
+        QueueHit(std::move(purchase.item));
+    });
+}
+
+void CZoTrackerUA::BuildCommonPayload()
+{
+    const CLock lock(payloadLock);
+    UaClient client;
+    {
+        const CLock productScope(productLock);
+        client = {configuration.protocolVersion,
+                  configuration.trackingId,
+                  hostPath,
+                  GetClientId(),
+                  productUserId,
+                  configuration.phash,
+                  configuration.language,
+                  productName,
+                  platform::GetScreenSize()};
+    }
+    commonPayload = trackers::BuildCommonPayload(client);
+}
+
+std::wstring CZoTrackerUA::BuildHitPayload(const TrackingHit& hit)
+{
+    const CLock lock(payloadLock);
+    std::wstring payload = trackers::BuildHitPayload(commonPayload, GetProductName(), hit);
+    if (!payload.empty() && newSession.exchange(false))
+        AppendSessionStart(payload);
+    return payload;
+}
+
+// --- the worker --------------------------------------------------------------------------------
+
+std::uint32_t CZoTrackerUA::TrackingThreadFunction(app::ThreadParam* parameter)
+{
+    return RunTrackerWorker<CZoTrackerUA>(parameter);
+}
+
+void CZoTrackerUA::RunWorker()
+{
+    BuildCommonPayload();
+    std::uint32_t rounds = 0; // since the last look at being idle
+    for (;;)
+    {
+        TrackingHit hit = queue.Take();
+        if (hit.type == EHitType::None && stop.IsRequested())
+            break;
+        ++rounds;
+        for (; hit.type != EHitType::None; hit = queue.Take())
+        {
+            if (!IsTrackingEnabled())
+                break;
+            if (!Process(hit))
+                return queue.Close();
+        }
+        if (rounds >= roundsBetweenPageviews && !stop.IsRequested())
+        {
+            KeepAlive();
+            rounds = 0;
+        }
+        stop.Wait(app::idlePause);
+    }
+    communicator.CloseSession();
+}
+
+bool CZoTrackerUA::Process(const TrackingHit& hit)
+{
+    if (!closing.MaySend())
+    {
+        queue.Clear();
+        return true;
+    }
+    const bool dropped = suppressStatsEvents && app::IsStatsEvent(hit);
+    const std::wstring payload = dropped ? std::wstring() : BuildHitPayload(hit);
+    if (!payload.empty() && !Deliver(payload))
+        return false;
+    stop.Wait(pauseBetweenHits);
+    return true;
+}
+
+bool CZoTrackerUA::Deliver(const std::wstring& payload)
+{
+    std::wstring url;
+    {
+        const CLock lock(productLock);
+        url = configuration.endpoint;
+    }
+    env::AppendFormat(url, L"?z=%d", platform::GetTickMilliseconds());
+    communicator.PostContent(std::move(url), env::Utf16ToUtf8(payload), -1, 0, false);
+    closing.NoteAttempt(IsDelivered(communicator.errorCode));
+    const bool wasWithout = sentWithoutConnection;
+    sentWithoutConnection = communicator.errorCode == noSystemConnection;
+    return !wasWithout || !sentWithoutConnection;
+}
+
+void CZoTrackerUA::KeepAlive()
+{
+    if (!noIdlePageviews && IsTrackingEnabled())
+        TrackPageview();
+}
+
+} // namespace trackers

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "app/frame/ClosingPhase.h"
+#include "app/frame/TrackerBase.h"
+#include "net/CZoHTTPComunicator.h"
+
+#include <atomic>
+#include <string>
+
+namespace trackers {
+
+// Reports the use of the product by the measurement protocol: one POST per hit.
+class CZoTrackerUA final : public app::CTrackerBase
+{
+public:
+    // Reads the default configuration file and starts the worker. A name or id that is not empty
+    // takes precedence over the file. Without a tracking id there is no worker, and hits are
+    // dropped.
+    CZoTrackerUA(const std::wstring& name, const std::wstring& /*unused*/,
+                 const std::wstring& wantedTrackingId);
+    ~CZoTrackerUA() override;
+
+    void SetTrackingEnabled(bool enable) noexcept override;
+    void Initialize(const wchar_t* newHostPath) noexcept override;
+    void DisableIdlePageviews(bool disable) noexcept override { noIdlePageviews = disable; }
+    void SetContinueSession(bool continueSession) noexcept override
+    {
+        newSession = !continueSession;
+    }
+    void TrackPurchase(TrackerText itemName, TrackerText itemCode, double unitPrice,
+                       TrackerText orderId, std::int32_t quantity) noexcept override;
+    void SetProductName(TrackerText name) noexcept override;
+
+    // The installation's identifier, found or made on first use.
+    std::wstring GetClientId();
+
+private:
+    friend app::CTrackerBase;
+
+    // What the configuration file says.
+    struct Configuration
+    {
+        std::wstring endpoint;
+        std::wstring protocolVersion;
+        std::wstring trackingId;
+        std::wstring phash;
+        std::wstring language;
+        bool enabled = false;
+    };
+    static Configuration ReadConfiguration(const std::wstring& path);
+    void Adopt(Configuration read);
+    void UseHost(const std::wstring& path);
+
+    void ChooseProductName(std::wstring name);
+    std::wstring FindProductName() const;
+    void BuildUserAgent();
+
+    static std::uint32_t TrackingThreadFunction(app::ThreadParam* parameter);
+
+    // Sends the hits in order, each once. Two results in a row that say there is no connection at
+    // all end delivery for good. After a long idle time a pageview keeps the session alive. At the
+    // end the queue is emptied without pauses.
+    void RunWorker();
+
+    // Both are false when nothing more shall be sent for the tracker's life.
+    bool Process(const app::TrackingHit& hit);
+    bool Deliver(const std::wstring& payload);
+    void KeepAlive();
+
+    void BuildCommonPayload();
+    std::wstring BuildHitPayload(const app::TrackingHit& hit);
+
+    Configuration configuration; // guarded by productLock, as the next three
+    std::wstring hostPath;
+    std::wstring configPath; // empty: the default configuration file
+    std::wstring clientId;
+    std::wstring productUserId; // constant, as the next
+    std::wstring hostVersion;
+    platform::CCriticalSection payloadLock; // taken before productLock
+    std::wstring commonPayload;             // guarded by payloadLock
+    std::atomic<bool> noIdlePageviews{false};
+    std::atomic<bool> newSession{false};
+    bool suppressStatsEvents = false; // constant
+    net::CZoHTTPComunicator communicator{stop};
+    app::CClosingPhase closing{stop};   // the worker's only, as the next
+    bool sentWithoutConnection = false; // the latest send
+};
+
+} // namespace trackers
