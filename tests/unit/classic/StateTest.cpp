@@ -310,6 +310,17 @@ TEST_F(HistoryTest, AnOldFileIsTakenOverOnceAndInPlaceOfTheNewOne)
     EXPECT_EQ(Run(), MakeFile("\n" + MakeLine(one, "6") + MakeLine("x", "1")));
 }
 
+TEST_F(HistoryTest, NothingIsLostByARunThatEndsEarly)
+{
+    const std::string kept = MakeFile("\n" + MakeLine(two, "9"));
+    simulated::PutFile(historyFile, kept);
+    history->SaveHistory();
+    EXPECT_EQ(simulated::ReadFileBytes(historyFile), kept) << "it has not been read";
+    simulated::PutFile(oldFile, "[HISTORY]\r\nCOUNT=1\r\nFP0=x\r\nC0=1\r\n");
+    history->LoadHistory();
+    EXPECT_EQ(simulated::ReadFileBytes(historyFile), MakeFile("\n" + MakeLine("x", "1")));
+}
+
 // Fingerprints and counts as "a=1 b=2".
 std::string ReadOld(const std::string& bytes, std::uint64_t limit = 1 << 20)
 {
