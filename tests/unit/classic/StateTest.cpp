@@ -355,6 +355,7 @@ TEST_F(HistoryTest, OldFilesOfAnyForm)
         {"negative", "[HISTORY]\nCOUNT=-1\nFP0=a\nC0=1\n", ""},
         {"lying", "[HISTORY]\nCOUNT=2147483647\nFP0=a\nC0=1\nFP999999999=b\nC999999999=1\n",
          "a=1 "},
+        {"number too high for the file", "[HISTORY]\nCOUNT=9\nFP2=a\nC2=1\n", ""},
         {"nothing", "", ""},
         {"no header", "COUNT=1\nFP0=a\nC0=1\n", ""},
     };
