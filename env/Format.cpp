@@ -1,9 +1,10 @@
 #include "env/Format.h"
 
+#include "env/RealDigits.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <optional>
 
@@ -94,30 +95,26 @@ void AppendInteger(std::wstring& text, const Conversion& conversion, std::uint64
     AppendDigits(text, conversion, negative ? 0 - value : value, negative);
 }
 
-// The runtime's own formatting rounds exactly, but separates the fraction as the host's locale
-// says; the digits around its separator are the same everywhere.
 void AppendReal(std::wstring& text, const Conversion& conversion, double value)
 {
     if (std::isnan(value))
-        text += L"nan";
-    else if (std::isinf(value))
-        text += value < 0 ? L"-inf" : L"inf";
-    else
     {
-        const std::size_t precision = conversion.precision.value_or(6);
-        char buffer[std::numeric_limits<double>::max_exponent10 + countLimit + 32];
-        const int length =
-            std::snprintf(buffer, sizeof(buffer), "%.*f", static_cast<int>(precision), value);
-        if (length <= static_cast<int>(precision))
-            return;
-        const std::string_view number(buffer, static_cast<std::size_t>(length));
-        const std::string_view whole = number.substr(0, number.find_first_not_of("-0123456789"));
-        const std::string_view fraction = number.substr(number.size() - precision);
-        text.append(whole.begin(), whole.end());
-        if (!fraction.empty())
-            text += L'.';
-        text.append(fraction.begin(), fraction.end());
+        text += L"nan";
+        return;
     }
+    if (std::signbit(value))
+        text += L'-';
+    if (std::isinf(value))
+    {
+        text += L"inf";
+        return;
+    }
+    const std::size_t precision = conversion.precision.value_or(6);
+    const std::wstring digits = MakeRealDigits(value, precision);
+    const std::size_t whole = digits.size() - precision;
+    text.append(digits, 0, whole);
+    if (precision > 0)
+        text.append(L".").append(digits, whole);
 }
 
 void AppendArgument(std::wstring& text, const Conversion& conversion,

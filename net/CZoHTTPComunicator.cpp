@@ -448,8 +448,7 @@ try
 catch (const CInternetException& failure)
 {
     TraceMessage(errorLevel, L"HTTPCOM: Exception %d", failure.error);
-    if (errorCode != 6)
-        errorCode = 4;
+    errorCode = 4;
     errorDetail = failure.error;
 }
 

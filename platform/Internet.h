@@ -140,7 +140,8 @@ public:
                                                        std::uint32_t flags);
 
     // GET of an absolute http or https address with additional `headers`; returns the opened
-    // answer, whatever its status. Follows a bounded number of redirects, never from a secure
+    // answer, whatever its status. With the flag internetSecure an http address counts as the https
+    // one of the same server. Follows a bounded number of redirects, never from a secure
     // address to one that is not.
     std::unique_ptr<CHttpFile> OpenURL(const std::wstring& url, std::uintptr_t context,
                                        std::uint32_t flags, const std::wstring& headers);

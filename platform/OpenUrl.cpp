@@ -13,6 +13,14 @@ constexpr bool IsRedirect(std::uint32_t status)
     return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
 }
 
+// An open address becomes the secure one of the same server.
+void Secure(Url& url)
+{
+    if (!url.secure && url.port == 80)
+        url.port = 443;
+    url.secure = true;
+}
+
 // Turns `url` to where the answer points. False when the answer is the final one.
 bool FollowRedirect(CHttpFile& answer, Url& url)
 {
@@ -33,6 +41,8 @@ std::unique_ptr<CHttpFile> CInternetSession::OpenURL(const std::wstring& url,
     Url target;
     if (!CrackUrl(url, target))
         throw CInternetException(internetInvalidUrl);
+    if ((flags & internetSecure) != 0)
+        Secure(target);
     for (int hop = 0;; ++hop)
     {
         const std::uint32_t secure = target.secure ? internetSecure : 0;

@@ -1,6 +1,7 @@
 #include "app/frame/WorkerThread.h"
 
 #include "platform/Clock.h"
+#include "platform/ModuleState.h"
 #include "platform/SystemException.h"
 
 #include <chrono>
@@ -20,7 +21,7 @@ constexpr auto pollInterval = 10ms;
 constexpr int lockTries = 2000;
 constexpr int endTries = 33;
 
-// Takes the lock within a bounded time.
+// Takes the lock within a bounded time; at the end of the process only when it is free.
 class CPatientLock
 {
 public:
@@ -28,6 +29,8 @@ public:
     {
         for (int i = 0; i < lockTries && !held; ++i)
         {
+            if (i > 0 && platform::GetModuleState() == platform::EModuleState::ProcessEnding)
+                return;
             if (i > 0)
                 platform::Sleep(pollInterval);
             held = section.TryEnter();

@@ -56,6 +56,9 @@ constexpr EInternetOption allOptions[] = {
     EInternetOption::ConnectTimeout, EInternetOption::SendTimeout, EInternetOption::ReceiveTimeout,
     EInternetOption::DataSendTimeout, EInternetOption::DataReceiveTimeout};
 
+// Nothing shows on the wire of these: no dialogs, and no trace in the user's cache.
+constexpr DWORD silent = INTERNET_FLAG_NO_UI | INTERNET_FLAG_NO_CACHE_WRITE;
+
 // For calls that do not wait for the network.
 constexpr milliseconds localCallLimit{10'000};
 
@@ -308,19 +311,19 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
                                                         const std::wstring& referrer,
                                                         std::uintptr_t context, std::uint32_t flags)
 {
-    return std::make_unique<CHttpFile>(
-        OpenBelow(state->stop, state,
-                  [verb, escaped = EscapeObject(object), referrer, context,
-                   flags](const InternetState& request) {
-                      const HINTERNET opened = ::HttpOpenRequestW(
-                          request.parent->handle, verb.c_str(), escaped.c_str(), L"HTTP/1.1",
-                          referrer.empty() ? nullptr : referrer.c_str(), nullptr, flags, context);
-                      // No system's requests inherit every time-out of their session.
-                      Timeouts timeouts = request.timeouts;
-                      for (const EInternetOption option : allOptions)
-                          SetTimeout(opened, option, timeouts[option]);
-                      return opened;
-                  }));
+    return std::make_unique<CHttpFile>(OpenBelow(
+        state->stop, state,
+        [verb, escaped = EscapeObject(object), referrer, context,
+         flags](const InternetState& request) {
+            const HINTERNET opened = ::HttpOpenRequestW(
+                request.parent->handle, verb.c_str(), escaped.c_str(), L"HTTP/1.1",
+                referrer.empty() ? nullptr : referrer.c_str(), nullptr, flags | silent, context);
+            // No system's requests inherit every time-out of their session.
+            Timeouts timeouts = request.timeouts;
+            for (const EInternetOption option : allOptions)
+                SetTimeout(opened, option, timeouts[option]);
+            return opened;
+        }));
 }
 
 void CHttpConnection::Close() { CloseOwned(state); }

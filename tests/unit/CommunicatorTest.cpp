@@ -397,6 +397,7 @@ TEST_F(CommunicatorTest, ReadingTheBody)
         {"declared", 11'192, {}, 11'192, {8'192 / whole * 100, 100.0}},
         {"not declared", 0, {}, 11'192, {infinity, infinity}},
         {"declared shorter", 8'000, {}, 8'192, {8'192 / 8'000.0 * 100}},
+        {"declared as one piece", 8'192, {}, 8'192, {100.0}},
         {"declared huge", 0xFFFFFFFF, {}, 11'192, ofFourGigabytes},
         {"pauses", 11'192, nineEmptyTwice, 11'192, {5 / whole * 100, 8'197 / whole * 100, 100.0}},
         {"end", 11'192, tenEmpty, 0, {}},

@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cfloat>
 #include <clocale>
 #include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <limits>
+#include <random>
 
 namespace {
 
@@ -127,6 +131,24 @@ TEST(FormatText, LeavesOutWhatDoesNotFit)
     EXPECT_EQ(FormatText(L"%99999999999999999999d", 1).size(), 99u);
     EXPECT_EQ(FormatText(L"%.99999999999999999999f", 1.0).size(), 101u);
     EXPECT_EQ(FormatText(L"a", L"unused"), L"a");
+}
+
+// The runtime of the test machine rounds exactly, too.
+TEST(FormatText, RoundsEveryNumberAsItsExactValueSays)
+{
+    std::mt19937_64 generator(7);
+    for (int i = 0; i < 20'000; ++i)
+    {
+        double value = std::bit_cast<double>(generator());
+        if (i % 2 == 0) // many ties
+            value = static_cast<double>(generator() % 1'000'000) / 64;
+        if (!std::isfinite(value))
+            continue;
+        char expected[512];
+        std::snprintf(expected, sizeof expected, i % 3 == 0 ? "%.4f" : "%.2f", value);
+        ASSERT_EQ(FormatText(i % 3 == 0 ? L"%.4f" : L"%.2f", value),
+                  std::wstring(expected, expected + std::strlen(expected)));
+    }
 }
 
 } // namespace

@@ -141,6 +141,9 @@ TEST_F(OpenUrlTest, RedirectsAreFollowedWithinBounds)
     Redirect(301, L"http://host/open");
     EXPECT_EQ(Open(L"https://host/secure"), Asked{L"GET host/secure"}) << "no way down";
     simulated::ResetInternet();
+    EXPECT_EQ(Open(L"http://host/plain"), Asked{L"GET host/plain"});
+    EXPECT_EQ(simulated::GetSentRequests()[0].port, 443) << "nothing goes out in the open";
+    simulated::ResetInternet();
     Redirect(304, L"/elsewhere");
     EXPECT_EQ(Open(L"https://host/x"), Asked{L"GET host/x"});
     simulated::ResetInternet();

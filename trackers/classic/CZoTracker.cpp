@@ -60,7 +60,6 @@ CZoTracker::CZoTracker(const std::wstring& productNameOverride,
     client.domainHash = MakeDomainHash(client.trackingId);
     client.visitorNumber = MakeVisitorNumber(configuration.productUserId);
     ChooseProductName(productNameOverride);
-    history.LoadHistory();
     StartWorker();
 }
 

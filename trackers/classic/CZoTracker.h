@@ -22,7 +22,7 @@ namespace trackers {
 class CZoTracker final : public app::CTrackerBase
 {
 public:
-    // Reads the default configuration file, loads the history and starts the worker. Empty
+    // Reads the default configuration file and starts the worker, which loads the history. Empty
     // arguments leave the configured product name, the suite's folder "veltrano" and the
     // configured tracking id.
     CZoTracker(const std::wstring& productNameOverride,

@@ -31,7 +31,11 @@ void AppendEncoded(std::wstring& url, std::wstring_view key, std::wstring_view v
 void CapitalizeFrom(std::wstring& url, std::size_t start)
 {
     const auto first = url.begin() + static_cast<std::ptrdiff_t>(start);
-    std::transform(first, url.end(), first, platform::ToUpper);
+    std::transform(first, url.end(), first, [](wchar_t unit) {
+        if (unit >= 0x80)
+            return platform::ToUpper(unit);
+        return unit >= L'a' && unit <= L'z' ? static_cast<wchar_t>(unit - L'a' + L'A') : unit;
+    });
 }
 
 // 5(category*action*label)(value)
@@ -64,14 +68,14 @@ void AppendCustomVariable(std::wstring& url, const TrackingHit& hit)
     AppendEncoded(url, L"&utmp=", hit.field5);
 }
 
-void AppendHit(std::wstring& url, const TrackingHit& hit, const std::wstring& productName)
+void AppendHit(std::wstring& url, const TrackingHit& hit, const std::wstring& encodedProduct)
 {
     switch (hit.type)
     {
     case EHitType::None:
         break;
     case EHitType::Pageview:
-        AppendEncoded(url, L"&utmp=", productName);
+        Append(url, L"&utmp=", encodedProduct);
         break;
     case EHitType::Event:
         AppendEvent(url, hit);
@@ -80,12 +84,10 @@ void AppendHit(std::wstring& url, const TrackingHit& hit, const std::wstring& pr
         AppendEncoded(url, L"&utmp=", hit.field5);
         break;
     case EHitType::Transaction:
-        AppendEncoded(url, L"&utmt=tran&utmp=", productName);
-        url += hit.field1;
+        Append(url, L"&utmt=tran&utmp=", encodedProduct, hit.field1);
         break;
     case EHitType::Item:
-        AppendEncoded(url, L"&utmt=item&utmp=", productName);
-        url += hit.field1;
+        Append(url, L"&utmt=item&utmp=", encodedProduct, hit.field1);
         break;
     case EHitType::CustomVariable:
         AppendCustomVariable(url, hit);
@@ -114,19 +116,17 @@ void AppendCookies(std::wstring& url, const ClassicClient& client, const Classic
 std::wstring BuildClassicRequest(const ClassicClient& client, const ClassicVisit& visit,
                                  const TrackingHit& hit)
 {
+    const std::wstring product = env::EncodeQueryText(client.productName, true);
     std::wstring url;
     url.reserve(usualLength);
     Append(url, client.collectionUrl, L"utmwv=5.4.3&utms=", visit.sessionHitNumber);
     env::AppendFormat(url, L"&utmn=%I64d", visit.hitNumber);
     Append(url, L"&utmac=", client.trackingId);
     Append(url, L"&utmsr=", client.screenWidth, L"x", client.screenHeight);
-    AppendHit(url, hit, client.productName);
-    AppendEncoded(url, L"&utmhn=", client.productName);
-    url += L"&utmcs=UTF-8";
-    AppendEncoded(url, L"&utmdt=", client.productName);
+    AppendHit(url, hit, product);
+    Append(url, L"&utmhn=", product, L"&utmcs=UTF-8&utmdt=", product);
     AppendEncoded(url, L"&utmul=", client.language);
-    AppendEncoded(url, L"&utmr=", client.productName);
-    url += L"&aip=1";
+    Append(url, L"&utmr=", product, L"&aip=1");
     AppendCookies(url, client, visit);
     return url;
 }

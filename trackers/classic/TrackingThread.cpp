@@ -39,6 +39,7 @@ catch (const platform::CInternetException&)
 
 void CZoTracker::RunWorker()
 {
+    history.LoadHistory(); // here, because it would hold up the host's start
     if (showTraceBalloon)
         balloon.emplace(GetProductName(), stop);
     if (const auto session = OpenSession(GetProductName(), stop))

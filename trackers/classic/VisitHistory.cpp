@@ -43,12 +43,15 @@ void CVisitHistory::LoadHistory()
         ImportOldFile();
     else if (env::PathExists(path))
         LoadFile();
+    loaded = true;
 }
 
+// Saved at once: from then on the old file has nothing to tell.
 void CVisitHistory::ImportOldFile()
 {
     for (const EventCount& event : ReadOldHistory(oldPath, largestHistory))
         events->AddChild(event.fingerprint, event.count, false);
+    events->Save(path);
     platform::RemoveFile(oldPath);
 }
 
@@ -58,15 +61,15 @@ void CVisitHistory::LoadFile()
     std::string text;
     if (!platform::ReadWholeFile(path, largestHistory, text))
         return;
-    auto loaded = std::make_unique<SimpleXMLElement>(text, false);
-    if (loaded->GetChildCount() > 0)
-        events = std::move(loaded);
+    auto stored = std::make_unique<SimpleXMLElement>(text, false);
+    if (stored->GetChildCount() > 0)
+        events = std::move(stored);
 }
 
 void CVisitHistory::SaveHistory()
 {
     const platform::CTryLock lock(stateLock);
-    if (lock)
+    if (lock && loaded)
         events->Save(path);
 }
 

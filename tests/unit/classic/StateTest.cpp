@@ -310,6 +310,17 @@ TEST_F(HistoryTest, AnOldFileIsTakenOverOnceAndInPlaceOfTheNewOne)
     EXPECT_EQ(Run(), MakeFile("\n" + MakeLine(one, "6") + MakeLine("x", "1")));
 }
 
+TEST_F(HistoryTest, NothingIsLostByARunThatEndsEarly)
+{
+    const std::string kept = MakeFile("\n" + MakeLine(two, "9"));
+    simulated::PutFile(historyFile, kept);
+    history->SaveHistory();
+    EXPECT_EQ(simulated::ReadFileBytes(historyFile), kept) << "it has not been read";
+    simulated::PutFile(oldFile, "[HISTORY]\r\nCOUNT=1\r\nFP0=x\r\nC0=1\r\n");
+    history->LoadHistory();
+    EXPECT_EQ(simulated::ReadFileBytes(historyFile), MakeFile("\n" + MakeLine("x", "1")));
+}
+
 // Fingerprints and counts as "a=1 b=2".
 std::string ReadOld(const std::string& bytes, std::uint64_t limit = 1 << 20)
 {
@@ -344,6 +355,7 @@ TEST_F(HistoryTest, OldFilesOfAnyForm)
         {"negative", "[HISTORY]\nCOUNT=-1\nFP0=a\nC0=1\n", ""},
         {"lying", "[HISTORY]\nCOUNT=2147483647\nFP0=a\nC0=1\nFP999999999=b\nC999999999=1\n",
          "a=1 "},
+        {"number too high for the file", "[HISTORY]\nCOUNT=9\nFP2=a\nC2=1\n", ""},
         {"nothing", "", ""},
         {"no header", "COUNT=1\nFP0=a\nC0=1\n", ""},
     };
