@@ -1,14 +1,13 @@
 #include "platform/win32/DeadlineCall.h"
 
 #include "platform/ModuleState.h"
+#include "platform/win32/LoaderLock.h"
 #include "platform/win32/UniqueHandle.h"
 
 #include <windows.h>
 
 #include <algorithm>
 #include <memory>
-
-extern "C" IMAGE_DOS_HEADER __ImageBase; // the linker's name for the start of this module
 
 namespace platform {
 
@@ -20,10 +19,12 @@ struct Call
     CKernelHandle ended;
 };
 
+constexpr DWORD loaderPause = 2; // milliseconds
+
 // The callback's own share of the call, handed through the pool.
 using Share = std::shared_ptr<Call>;
 
-void CALLBACK RunCall(PTP_CALLBACK_INSTANCE, void* share)
+void RunCall(void* share)
 {
     const std::unique_ptr<Share> own(static_cast<Share*>(share));
     Call& call = **own;
@@ -32,14 +33,31 @@ void CALLBACK RunCall(PTP_CALLBACK_INSTANCE, void* share)
     ::SetEvent(call.ended.Get());
 }
 
-bool Submit(const Share& call)
+// Whoever holds the loader's lock may be unloading this module and waiting for this very thread, so
+// it is tried, never waited for. Null when the module is being unloaded or the time is over.
+void* PinPatiently(std::chrono::milliseconds limit, const CStopSignal& stop)
 {
-    TP_CALLBACK_ENVIRON environment;
-    ::InitializeThreadpoolEnvironment(&environment);
-    ::SetThreadpoolCallbackLibrary(&environment, &__ImageBase);
-    ::SetThreadpoolCallbackRunsLong(&environment);
+    const ULONGLONG start = ::GetTickCount64();
+    for (;;)
+    {
+        {
+            const CLoaderTryLock lock;
+            if (lock && GetModuleState() == EModuleState::Running)
+                return PinModule();
+        }
+        const auto longest = stop.IsRequested() ? std::min(limit, limitAfterStop) : limit;
+        if (GetModuleState() != EModuleState::Running ||
+            ::GetTickCount64() - start >= static_cast<ULONGLONG>(longest.count()))
+            return nullptr;
+        ::Sleep(loaderPause);
+    }
+}
+
+bool Submit(const Share& call, std::chrono::milliseconds limit, const CStopSignal& stop)
+{
     auto share = std::make_unique<Share>(call);
-    if (!::TrySubmitThreadpoolCallback(&RunCall, share.get(), &environment))
+    void* const pinned = PinPatiently(limit, stop);
+    if (pinned == nullptr || !RunPinned(pinned, &RunCall, share.get()))
         return false;
     share.release();
     return true;
@@ -64,12 +82,10 @@ bool WaitForEnd(HANDLE ended, std::chrono::milliseconds limit, const CStopSignal
 bool RunWithinDeadline(std::function<void()> work, std::chrono::milliseconds limit,
                        const CStopSignal& stop)
 {
-    if (GetModuleState() != EModuleState::Running)
-        return false;
     const auto call = std::make_shared<Call>();
     call->work = std::move(work);
     call->ended = CKernelHandle(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    return call->ended && Submit(call) && WaitForEnd(call->ended.Get(), limit, stop);
+    return call->ended && Submit(call, limit, stop) && WaitForEnd(call->ended.Get(), limit, stop);
 }
 
 } // namespace platform

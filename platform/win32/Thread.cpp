@@ -1,6 +1,7 @@
 #include "platform/Thread.h"
 
 #include "platform/ModuleState.h"
+#include "platform/win32/LoaderLock.h"
 #include "platform/win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -25,6 +26,19 @@ constexpr DWORD returnLimitUnloading = 1500;
 
 constexpr DWORD endLimit = 1000;
 
+using SetThreadDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
+
+// Null where the system has no such service. Found while the module is being loaded: a worker that
+// looked for it would wait for the loader's lock.
+constinit SetThreadDescription setDescription = nullptr;
+
+void FindSystemFunctions() noexcept
+{
+    PrepareLoaderLock();
+    setDescription = reinterpret_cast<SetThreadDescription>(reinterpret_cast<void*>(
+        ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription")));
+}
+
 CKernelHandle CreateManualEvent() noexcept
 {
     return CKernelHandle(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
@@ -42,6 +56,11 @@ struct CThread::State
     CKernelHandle thread{};
     std::atomic<std::uint32_t> result{0};
 
+    // Keeps the module in the process until the thread has begun. A thread that has not begun waits
+    // for the loader's lock, where whoever unloads the module can neither wait for it nor safely
+    // end it.
+    void* pinned = nullptr;
+
     static DWORD WINAPI Run(void* own) noexcept;
     bool WaitFor(const CKernelHandle& event, DWORD limit) const noexcept;
     bool WaitForReturn() const noexcept;
@@ -53,6 +72,9 @@ DWORD WINAPI CThread::State::Run(void* own) noexcept
 {
     auto& state = *static_cast<State*>(own);
     ::SetEvent(state.entered.Get());
+    if (state.pinned != nullptr)
+        RunPinned(
+            state.pinned, [](void*) {}, nullptr);
     state.result = state.routine(state.parameter);
     ::SignalObjectAndWait(state.finished.Get(), state.never.Get(), INFINITE, FALSE);
     return state.result;
@@ -87,6 +109,8 @@ bool CThread::CreateSuspended(Routine routine, void* parameter) noexcept
         ::CreateThread(nullptr, 0, &State::Run, created.get(), CREATE_SUSPENDED, nullptr));
     if (!created->thread)
         return false;
+    FindSystemFunctions();
+    created->pinned = PinModule();
     state = std::move(created);
     return true;
 }
@@ -128,9 +152,6 @@ void CThread::Close() noexcept
 
 void NameCurrentThread(const wchar_t* name) noexcept
 {
-    using SetThreadDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
-    const auto setDescription = reinterpret_cast<SetThreadDescription>(reinterpret_cast<void*>(
-        ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription")));
     if (setDescription != nullptr)
         setDescription(::GetCurrentThread(), name);
 }

@@ -119,6 +119,21 @@ TEST_F(UnloadTest, WorkersThatHaveNotBegunAreEndedWithTheModule)
     EXPECT_NE(run.output.find("kpi enabled"), std::string::npos) << run.output;
 }
 
+// Each unloading meets the workers somewhere else in their first, failing requests.
+TEST_F(UnloadTest, ManyStaysInOneProcessLeaveNothingBehind)
+{
+    collector.Refuse();
+    PutConfig(MakeConfig());
+    std::string commands;
+    for (int stay = 0; stay < 60; ++stay)
+        commands += "pageview\nsleep " + std::to_string(stay) + "\nunload\ngone 5000\nload\n";
+    const ProgramResult run = RunHost(commands + "status\n");
+    EXPECT_FALSE(run.hung) << run.output;
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_EQ(run.output.find("still there"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("main enabled, kpi enabled"), std::string::npos) << run.output;
+}
+
 TEST_F(UnloadTest, AReleaseDuringAnOutageWithAFullQueueIsBounded)
 {
     collector.Order(collector::MakeStall(), collector::CCollector::always);
