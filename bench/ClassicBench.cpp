@@ -5,6 +5,7 @@
 #include "trackers/classic/VisitHistory.h"
 
 #include <benchmark/benchmark.h>
+#include <pugixml.hpp>
 
 #include <cstdio>
 #include <vector>
@@ -78,9 +79,8 @@ void BuildRequestFloor(benchmark::State& state)
 BENCHMARK(BuildRequestFloor)->DenseRange(1, 6);
 BENCHMARK(BuildRequest)->DenseRange(1, 6);
 
-void PutHistory(std::int64_t events)
+std::string MakeHistoryText(std::int64_t events)
 {
-    simulated::Reset();
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SimpleXMLElement>\n";
     for (std::int64_t i = 0; i < events; ++i)
     {
@@ -89,7 +89,13 @@ void PutHistory(std::int64_t events)
         std::snprintf(line, sizeof line, "\t<%08x%024d>%d</%08x%024d>\n", number, 7, 5, number, 7);
         text += line;
     }
-    platform::ReplaceFileContents(L"C:\\tallyhive.xml", text + "</SimpleXMLElement>\n");
+    return text + "</SimpleXMLElement>\n";
+}
+
+void PutHistory(std::int64_t events)
+{
+    simulated::Reset();
+    platform::ReplaceFileContents(L"C:\\tallyhive.xml", MakeHistoryText(events));
 }
 
 void LoadHistory(benchmark::State& state)
@@ -111,6 +117,38 @@ void SaveHistory(benchmark::State& state)
     state.SetComplexityN(state.range(0));
 }
 
+// The same text by pugixml, which keeps it in place and reads no numbers.
+void LoadHistoryFloor(benchmark::State& state)
+{
+    const std::string text = MakeHistoryText(state.range(0));
+    for (auto _ : state)
+    {
+        pugi::xml_document document;
+        benchmark::DoNotOptimize(document.load_buffer(text.data(), text.size()));
+    }
+}
+
+void SaveHistoryFloor(benchmark::State& state)
+{
+    const std::string text = MakeHistoryText(state.range(0));
+    struct Writer : pugi::xml_writer
+    {
+        void write(const void* data, std::size_t size) override
+        {
+            written.append(static_cast<const char*>(data), size);
+        }
+        std::string written;
+    };
+    pugi::xml_document document;
+    document.load_buffer(text.data(), text.size());
+    for (auto _ : state)
+    {
+        Writer writer;
+        document.save(writer, "\t");
+        benchmark::DoNotOptimize(writer.written);
+    }
+}
+
 // The event is the last one of the history.
 void CountOccurrence(benchmark::State& state)
 {
@@ -130,6 +168,8 @@ void CountOccurrence(benchmark::State& state)
 
 BENCHMARK(LoadHistory)->Arg(100)->Arg(10'000)->Arg(100'000)->Complexity(benchmark::oN);
 BENCHMARK(SaveHistory)->Arg(100)->Arg(10'000)->Arg(100'000)->Complexity(benchmark::oN);
+BENCHMARK(LoadHistoryFloor)->Arg(100)->Arg(10'000)->Arg(100'000);
+BENCHMARK(SaveHistoryFloor)->Arg(100)->Arg(10'000)->Arg(100'000);
 BENCHMARK(CountOccurrence)->Arg(100)->Arg(10'000)->Arg(100'000);
 
 } // namespace

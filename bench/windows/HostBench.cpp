@@ -35,6 +35,14 @@ void Print(const char* what, double time, double floor, const char* unit, double
     std::fflush(stdout);
 }
 
+// A module whose workers are busy leaves the process a moment after its last FreeLibrary.
+void UnloadAndWait(zotracker::CLoader& loader)
+{
+    loader.Unload();
+    while (::GetModuleHandleW(L"ZoTracker.dll") != nullptr)
+        ::Sleep(1);
+}
+
 struct Hit
 {
     int type;
@@ -89,7 +97,7 @@ void BenchLoading(const wchar_t* modulePath, const wchar_t* stubPath)
         zotracker::CLoader loader(modulePath);
         loader.GetKpiTracker();
         times.push_back(Now() - start);
-        loader.Unload();
+        UnloadAndWait(loader);
         const double stubStart = Now();
         const HMODULE stub = ::LoadLibraryW(stubPath);
         floors.push_back(Now() - stubStart);
@@ -120,7 +128,7 @@ int wmain(int count, wchar_t** arguments)
         }
         const std::string what = "tracking call, " + std::to_string(length) + " queued";
         BenchCalls(what.c_str(), *tracker, length);
-        loader.Unload();
+        UnloadAndWait(loader);
     }
     return 0;
 }
