@@ -79,14 +79,16 @@ void BuildRequestFloor(benchmark::State& state)
 BENCHMARK(BuildRequestFloor)->DenseRange(1, 6);
 BENCHMARK(BuildRequest)->DenseRange(1, 6);
 
-std::string MakeHistoryText(std::int64_t events)
+// Fingerprints may begin with a digit; names of proper XML may not, so `prefix` makes them such.
+std::string MakeHistoryText(std::int64_t events, const char* prefix = "")
 {
     std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SimpleXMLElement>\n";
     for (std::int64_t i = 0; i < events; ++i)
     {
         char line[96];
         const auto number = static_cast<unsigned>(i * 2'654'435'761 % 4'294'967'296);
-        std::snprintf(line, sizeof line, "\t<%08x%024d>%d</%08x%024d>\n", number, 7, 5, number, 7);
+        std::snprintf(line, sizeof line, "\t<%s%08x%024d>%d</%s%08x%024d>\n", prefix, number, 7, 5,
+                      prefix, number, 7);
         text += line;
     }
     return text + "</SimpleXMLElement>\n";
@@ -120,17 +122,18 @@ void SaveHistory(benchmark::State& state)
 // The same text by pugixml, which keeps it in place and reads no numbers.
 void LoadHistoryFloor(benchmark::State& state)
 {
-    const std::string text = MakeHistoryText(state.range(0));
+    const std::string text = MakeHistoryText(state.range(0), "x");
     for (auto _ : state)
     {
         pugi::xml_document document;
-        benchmark::DoNotOptimize(document.load_buffer(text.data(), text.size()));
+        if (!document.load_buffer(text.data(), text.size()))
+            state.SkipWithError("not understood");
     }
 }
 
 void SaveHistoryFloor(benchmark::State& state)
 {
-    const std::string text = MakeHistoryText(state.range(0));
+    const std::string text = MakeHistoryText(state.range(0), "x");
     struct Writer : pugi::xml_writer
     {
         void write(const void* data, std::size_t size) override
