@@ -10,8 +10,9 @@ namespace platform {
 //
 // A thread can be joined in every situation a module meets, under the loader's lock too: the end of
 // a thread needs that lock, so the routine's return is signalled first, the thread parks itself,
-// and the joining side ends it. A thread that never reached its routine is ended where it stands.
-// When the process is ending, its other threads are gone already and nothing is waited for.
+// and the joining side ends it. A thread that has not reached its routine keeps the module in the
+// process until it has; one that still has not after a second is ended where it stands. When the
+// process is ending, its other threads are gone already and nothing is waited for.
 //
 // Threads: one owner at a time calls these operations.
 class CThread

@@ -12,13 +12,6 @@ std::wstring GetModulePathBeside(const std::wstring& program)
     return program.substr(0, program.rfind(L'\\') + 1) + L"ZoTracker.dll";
 }
 
-std::wstring GetOwnPath()
-{
-    std::wstring path(32768, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path;
-}
-
 bool ObeyInput(host::CSession& session)
 {
     bool understood = true;
@@ -39,7 +32,7 @@ bool ObeyInput(host::CSession& session)
 int wmain(int count, wchar_t** values)
 {
     std::vector<std::wstring> arguments(values + 1, values + count);
-    std::wstring modulePath = GetModulePathBeside(GetOwnPath());
+    std::wstring modulePath = GetModulePathBeside(host::GetOwnPath());
     if (!arguments.empty() && arguments[0] == L"--help")
     {
         std::fputs(host::usage, stdout);

@@ -12,13 +12,6 @@ std::wstring GetWord(const Command& command, std::size_t index)
     return index < command.size() ? command[index] : std::wstring();
 }
 
-std::wstring GetOwnPath()
-{
-    std::wstring path(32768, L'\0');
-    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return path;
-}
-
 // Runs `work` and prints how long it took.
 void Time(const char* what, const std::function<void()>& work)
 {
@@ -38,6 +31,13 @@ const char* TellState(ITracker* tracker)
 }
 
 } // namespace
+
+std::wstring GetOwnPath()
+{
+    std::wstring path(32768, L'\0');
+    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path;
+}
 
 CSession::CSession(const std::wstring& path) : modulePath(path) { Load(); }
 

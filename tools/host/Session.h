@@ -9,6 +9,9 @@
 
 namespace host {
 
+// The full path of this program.
+std::wstring GetOwnPath();
+
 // One stay of the module in this process: loads it, obeys commands, reports what took how long.
 class CSession
 {

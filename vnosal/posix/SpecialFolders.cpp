@@ -13,7 +13,7 @@ VnString ReadEnvironment(const char* name) noexcept
     return value ? VnAString::FromBytes(value, codePageUtf8).ToString() : VnString();
 }
 
-// A folder that the XDG base directory specification names, or its default below the home folder.
+// A folder that the XDG base directory standard names, or its default below the home folder.
 VnString ReadFolder(const char* name, const wchar_t* defaultBelowHome) noexcept
 {
     const VnString folder = ReadEnvironment(name);

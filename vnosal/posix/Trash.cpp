@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-// The user's trash folder after the freedesktop.org Trash specification 1.0: items under "files",
+// The user's trash folder after the freedesktop.org Trash standard 1.0: items under "files",
 // where they came from under "info".
 namespace VnOSAL {
 namespace {

@@ -15,7 +15,7 @@ namespace {
 using namespace VnOSAL;
 using vnosal_test::CTestFolder;
 
-// The trash as the freedesktop.org Trash specification describes it.
+// The trash as the freedesktop.org Trash standard describes it.
 TEST(VnFileSystemItem, RecyclesToTheTrash)
 {
     const CTestFolder folder;
