@@ -2,6 +2,7 @@
 
 #include "app/ModuleTrackers.h"
 #include "env/InstallConfig.h"
+#include "env/ProcessCache.h"
 
 namespace app {
 
@@ -43,6 +44,7 @@ CZoTrackerApp::~CZoTrackerApp()
     classicTracker.Destroy();
     uaTracker.Destroy();
     kpiTracker.Destroy();
+    env::ResetProcessCache();
 }
 
 bool CZoTrackerApp::InitInstance() { return CWinApp::InitInstance(); }

@@ -4,13 +4,13 @@
 
 namespace env {
 
-CProcessCache& CProcessCache::Get()
-{
-    static CProcessCache cache;
-    return cache;
-}
+namespace {
 
-CProcessCache::~CProcessCache() { Reset(); }
+constinit CProcessCache cache;
+
+} // namespace
+
+CProcessCache& CProcessCache::Get() noexcept { return cache; }
 
 std::wstring CProcessCache::Find(ECachedText which) const
 {
@@ -37,6 +37,6 @@ void CProcessCache::Reset() noexcept
     productUserIdBusy = false;
 }
 
-void ResetProcessCache() noexcept { CProcessCache::Get().Reset(); }
+void ResetProcessCache() noexcept { cache.Reset(); }
 
 } // namespace env

@@ -25,12 +25,10 @@ enum class ECachedText : std::size_t
 class CProcessCache
 {
 public:
-    // The process's cache. Whatever calls this while it is being constructed, such as the
-    // application object, may still call it while it is being destroyed.
-    static CProcessCache& Get();
+    // The process's cache. It is there before any constructor runs and after every destructor.
+    static CProcessCache& Get() noexcept;
 
-    CProcessCache() noexcept = default;
-    ~CProcessCache();
+    constexpr CProcessCache() noexcept = default;
     CProcessCache(const CProcessCache&) = delete;
     CProcessCache& operator=(const CProcessCache&) = delete;
 
@@ -41,7 +39,7 @@ public:
     // the text to go on with, so that all threads agree.
     std::wstring Keep(ECachedText which, std::wstring found);
 
-    // Forgets everything. For tests, while no other thread uses the cache.
+    // Forgets everything and frees it. While no other thread uses the cache.
     void Reset() noexcept;
 
     // Whether the native processor is an x64: 0 yes, 1 no, negative when not found out yet.
@@ -55,7 +53,7 @@ private:
         texts = {};
 };
 
-// Makes the next look-ups start afresh. For tests.
+// Frees what the cache holds when the module goes; the next look-up starts afresh.
 void ResetProcessCache() noexcept;
 
 } // namespace env
