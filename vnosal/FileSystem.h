@@ -47,4 +47,7 @@ VnString CleanPath(const VnString& path) noexcept;
 // A name that no other call, thread or process uses, for a file that another is to be replaced by.
 VnString MakeTemporaryName() noexcept;
 
+// How many such names are tried where a crash may have left a file of that name.
+inline constexpr int temporaryNameTries = 16;
+
 } // namespace VnOSAL

@@ -173,8 +173,14 @@ SystemError CTreeOperation::CopyItem(const VnString& name, EItemKind kind) noexc
     const VnString& copy = GetCopyName(name);
     if (replace == EReplace::Refuse)
         return CopyAs(name, kind, copy);
-    const VnString temporary = MakeTemporaryName();
-    SystemError error = CopyAs(name, kind, temporary);
+    VnString temporary;
+    SystemError error = 0;
+    int tries = temporaryNameTries;
+    do
+    {
+        temporary = MakeTemporaryName();
+        error = CopyAs(name, kind, temporary);
+    } while (ReadErrorKind(error) == EError::Exists && --tries > 0);
     if (error == 0)
     {
         error = target.Replace(copy, temporary);

@@ -75,7 +75,8 @@ VnString VnAString::ToString(EConversion* result) const noexcept
 {
     VnString text;
     std::size_t needed = 0;
-    EConversion decoded = Decode(*this, codePage, nullptr, needed);
+    EConversion decoded =
+        Succeeded(conversion) ? Decode(*this, codePage, nullptr, needed) : conversion;
     if (Succeeded(decoded) && needed != 0)
     {
         wchar_t* const units = text.OpenBuffer(needed);

@@ -37,6 +37,21 @@ VnString DecodeText(std::string_view bytes, std::uint32_t page) noexcept
     return VnAString::FromBytes(bytes, page).ToString();
 }
 
+// A crash may have left a file of any name.
+VnResult OpenTemporaryBeside(const VnPath& path, VnFile& file) noexcept
+{
+    VnPath temporary = path;
+    VnResult result;
+    for (int tries = temporaryNameTries; tries > 0; --tries)
+    {
+        temporary.ReplaceFileName(MakeTemporaryName());
+        result = file.Open(temporary, EAccess::Write, EOpen::New, ESharing::None);
+        if (result.GetKind() != EError::Exists)
+            break;
+    }
+    return result;
+}
+
 } // namespace
 
 VnFile::VnFile(VnFile&& other) noexcept
@@ -150,21 +165,20 @@ VnResult VnFile::ReadText(const VnPath& path, VnString& text, std::size_t limit,
 // Writes beside the file and takes its place when everything is on the device.
 VnResult VnFile::ReplaceContents(const VnPath& path, std::string_view bytes) noexcept
 {
-    VnPath temporary = path;
-    temporary.ReplaceFileName(MakeTemporaryName());
     VnFile file;
-    VnResult result = file.Open(temporary, EAccess::Write, EOpen::New, ESharing::None);
+    VnResult result = OpenTemporaryBeside(path, file);
     if (!result)
         return {result.GetSystemError(), path.GetText()};
     result = file.Write(bytes.data(), bytes.size());
     if (result)
         result = file.Flush();
     file.Close();
+    const VnString& temporary = file.GetPath().GetText();
     SystemError error = result.GetSystemError();
     if (error == 0)
-        error = MoveItem(temporary.GetText(), path.GetText(), EReplace::Existing);
+        error = MoveItem(temporary, path.GetText(), EReplace::Existing);
     if (error != 0)
-        RemoveItem(temporary.GetText());
+        RemoveItem(temporary);
     return {error, path.GetText()};
 }
 

@@ -144,8 +144,15 @@ TEST(VnString, TrimsSplitsJoinsAndMapsCase)
     EXPECT_EQ(VnString(L"  ").Trim(), L"");
     EXPECT_EQ(VnString(L"xxayx").TrimLeft(L"xy"), L"ayx");
     EXPECT_EQ(VnString(L"xxayx").TrimRight(L"xy"), L"xxa");
-    EXPECT_EQ(VnString(L"gr\xFC\xDF \xD83D\xDE00").MakeUpper(), L"GR\xDC\xDF \xD83D\xDE00");
-    EXPECT_EQ(VnString(L"\x3A9\x42F Z").MakeLower(), L"\x3C9\x44F z");
+    for (const char* locale : {"C", "", "Turkish_Turkey.1254"}) // the last on Windows only
+    {
+        if (std::setlocale(LC_ALL, locale) == nullptr)
+            continue;
+        EXPECT_EQ(VnString(L"gr\xFC\xDF\xFF \xD83D\xDE00i").MakeUpper(),
+                  L"GR\xDC\xDF\x178 \xD83D\xDE00I");
+        EXPECT_EQ(VnString(L"\x3A9\x42F\x178 ZI").MakeLower(), L"\x3C9\x44F\xFF zi");
+    }
+    std::setlocale(LC_ALL, "C");
 
     const struct
     {
