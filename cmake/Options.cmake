@@ -17,8 +17,6 @@ set(ZO_KPI_HOST "kpi.zotracker.example" CACHE STRING
 set(ZO_SITE_ADDRESS "www.zotracker.example" CACHE STRING
     "Web site address, without scheme, that KPI requests carry")
 set(ZO_SANITIZE "" CACHE STRING "Value for -fsanitize= in every target, or nothing")
-option(ZO_EXPORT_VNOSAL
-       "Export the string and path library from the module, which then passes 300 KB" OFF)
 option(ZO_BENCH "Build the benchmarks" OFF)
 option(ZO_FUZZ "Build the fuzz targets (Clang only)" OFF)
 

@@ -2,10 +2,9 @@
 
 #include "env/HostPaths.h"
 #include "env/SystemDescription.h"
-#include "platform/CodePage.h"
 #include "platform/Files.h"
+#include "vnosal/CaseMap.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -20,7 +19,7 @@ constexpr std::wstring_view longPathPrefix = L"\\\\?\\";
 std::wstring FormNativeSystemPath(std::wstring path)
 {
     static constexpr std::wstring_view redirected = L"SYSTEM32";
-    std::transform(path.begin(), path.end(), path.begin(), platform::ToUpper);
+    VnOSAL::MapUpper(path.data(), path.size());
 
     std::wstring native;
     std::size_t copied = 0;

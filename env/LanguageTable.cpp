@@ -1,12 +1,13 @@
 #include "env/LanguageTable.h"
 
-#include "env/Format.h"
+#include "zotracker/vnosal/VnAString.h"
 
 #include <algorithm>
 #include <functional>
-#include <string_view>
 
 namespace env {
+
+using VnOSAL::VnString;
 
 namespace {
 
@@ -73,13 +74,12 @@ static_assert(std::ranges::adjacent_find(languages, std::ranges::greater_equal()
 
 } // namespace
 
-std::wstring GetLanguageCode(std::uint16_t languageId)
+VnString GetLanguageCode(std::uint16_t languageId)
 {
     const LanguageRow* row = std::ranges::lower_bound(languages, languageId, {}, &LanguageRow::id);
     if (row == std::end(languages) || row->id != languageId)
-        return FormatText(L"[%X]", languageId);
-    const std::string_view code = row->code;
-    return std::wstring(code.begin(), code.end());
+        return VnString::Format(L"[%X]", languageId);
+    return VnOSAL::VnAString::FromBytes(row->code, VnOSAL::codePageUtf8).ToString();
 }
 
 } // namespace env

@@ -7,6 +7,7 @@
 #include "env/Text.h"
 #include "platform/Clock.h"
 #include "platform/ModuleState.h"
+#include "zotracker/vnosal/VnPath.h"
 
 #include <atomic>
 #include <chrono>
@@ -40,8 +41,7 @@ std::wstring GetHostName()
     const std::wstring name = GetApplicationProductName();
     if (!name.empty())
         return name;
-    const std::wstring path = GetApplicationFilePath();
-    return path.substr(path.rfind(L'\\') + 1); // the whole path when there is no separator
+    return std::wstring(VnOSAL::VnPath(GetApplicationFilePath()).GetFileName());
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 #include "env/ProfileSection.h"
 
 #include "env/RegistryValues.h"
-#include "platform/CodePage.h"
+#include "env/Text.h"
+#include "vnosal/TextView.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace env {
@@ -43,17 +43,14 @@ std::wstring_view Unquote(std::wstring_view value)
 std::wstring DecodeProfile(std::string_view bytes)
 {
     if (!bytes.starts_with(utf16Mark))
-        return platform::DecodeAnsi(bytes);
+        return AnsiToUtf16(bytes);
     bytes.remove_prefix(utf16Mark.size());
     return DecodeUnits({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 
 bool IsSameProfileName(std::wstring_view one, std::wstring_view other)
 {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](wchar_t left, wchar_t right) {
-                          return platform::ToUpper(left) == platform::ToUpper(right);
-                      });
+    return VnOSAL::EqualTexts(one, other, VnOSAL::ECase::Ignore);
 }
 
 CProfileSection::CProfileSection(std::wstring_view wholeText, std::wstring_view section)

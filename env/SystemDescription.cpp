@@ -38,7 +38,11 @@ bool Is64BitWindows()
     return state == 0;
 }
 
-std::wstring GetUserLanguageCode() { return GetLanguageCode(platform::GetUserDefaultLanguageId()); }
+std::wstring GetUserLanguageCode()
+{
+    const VnOSAL::VnString code = GetLanguageCode(platform::GetUserDefaultLanguageId());
+    return std::wstring(std::wstring_view(code));
+}
 
 std::wstring DescribeSystem()
 {

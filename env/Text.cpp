@@ -1,12 +1,17 @@
 #include "env/Text.h"
 
 #include "net/Md5.h"
-#include "platform/CodePage.h"
+#include "platform/SystemFacts.h"
+#include "zotracker/vnosal/VnAString.h"
 
 #include <algorithm>
 #include <limits>
+#include <new>
 
 namespace env {
+
+using VnOSAL::EConversion;
+using VnOSAL::VnAString;
 
 namespace {
 
@@ -28,18 +33,35 @@ void AppendEscape(std::wstring& query, std::uint16_t unit)
         query += L"0123456789ABCDEF"[(unit >> shift) & 0xF];
 }
 
+std::wstring Decode(std::string_view bytes, std::uint32_t codePage)
+{
+    EConversion conversion = EConversion::Exact;
+    const VnOSAL::VnString text = VnAString::FromBytes(bytes, codePage).ToString(&conversion);
+    if (conversion == EConversion::OutOfMemory)
+        throw std::bad_alloc();
+    return std::wstring(std::wstring_view(text));
+}
+
 } // namespace
 
-std::string Utf16ToUtf8(std::wstring_view text) { return platform::EncodeUtf8(text); }
+std::string Utf16ToUtf8(std::wstring_view text)
+{
+    const VnAString bytes(text, VnOSAL::codePageUtf8);
+    if (bytes.GetConversion() == EConversion::OutOfMemory)
+        throw std::bad_alloc();
+    return std::string(bytes);
+}
 
 std::wstring Utf8ToUtf16(std::string_view bytes)
 {
     constexpr std::size_t refusedLength = 65'533;
-    std::wstring text;
-    const std::size_t length = platform::DecodeUtf8(bytes, text);
-    if (length == 0 || length == refusedLength)
-        return platform::DecodeAnsi(bytes);
-    return text;
+    std::wstring text = Decode(bytes, VnOSAL::codePageUtf8);
+    return text.size() == refusedLength ? AnsiToUtf16(bytes) : text;
+}
+
+std::wstring AnsiToUtf16(std::string_view bytes)
+{
+    return Decode(bytes, platform::GetAnsiCodePage());
 }
 
 void AppendQueryText(std::wstring& query, std::wstring_view text, bool keepAlphanumerics)

@@ -10,9 +10,12 @@ namespace env {
 // The text's UTF-8 bytes; an unpaired surrogate becomes U+FFFD.
 std::string Utf16ToUtf8(std::wstring_view text);
 
-// The text of UTF-8 bytes, bytes that are not UTF-8 as U+FFFD. Where the system does not decode
-// them, and for exactly 65,533 units, the bytes are read in the system's default code page.
+// The text of UTF-8 bytes, bytes that are not UTF-8 as U+FFFD. Text of exactly 65,533 units is read
+// in the system's default code page instead.
 std::wstring Utf8ToUtf16(std::string_view bytes);
+
+// The text of bytes in the system's default code page.
+std::wstring AnsiToUtf16(std::string_view bytes);
 
 // Appends `text` to a query as a value: letters and digits as they stand if `keepAlphanumerics`
 // says so, every other unit as "%" and its value in upper-case hexadecimal, without padding and

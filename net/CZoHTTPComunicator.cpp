@@ -19,6 +19,7 @@ using platform::CInternetException;
 using platform::CInternetSession;
 using platform::EConnectivity;
 using platform::EInternetOption;
+using VnOSAL::VnCriticalSectionLock;
 
 namespace {
 
@@ -120,7 +121,7 @@ std::string CZoHTTPComunicator::PostContent(std::wstring url, std::string_view b
 void CZoHTTPComunicator::SetRequestHeaders(std::wstring newContentType, std::wstring newAccept,
                                            std::wstring newAgent) noexcept
 {
-    const platform::CLock lock(headerLock);
+    const VnCriticalSectionLock lock(headerLock);
     if (!newContentType.empty())
         contentType = std::move(newContentType);
     if (!newAccept.empty())
@@ -268,7 +269,7 @@ catch (const CInternetException& failure)
 
 std::wstring CZoHTTPComunicator::FormatHeaders() const
 {
-    const platform::CLock lock(headerLock);
+    const VnCriticalSectionLock lock(headerLock);
     return env::FormatText(L"Accept: %s\r\nContent-Type: %s\r\nUser-Agent: %s\r\n",
                            MakeHeaderValue(accept), MakeHeaderValue(contentType),
                            MakeHeaderValue(agent));

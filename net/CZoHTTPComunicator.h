@@ -2,9 +2,9 @@
 
 #include "net/HttpAddress.h"
 #include "net/StopGrace.h"
-#include "platform/CriticalSection.h"
 #include "platform/Internet.h"
 #include "platform/StopSignal.h"
+#include "zotracker/vnosal/VnCriticalSection.h"
 
 #include <atomic>
 #include <cstdint>
@@ -140,7 +140,7 @@ private:
     void* progressContext = nullptr;
     double* progressValue = nullptr;
     const platform::CStopSignal& stop;
-    mutable platform::CCriticalSection headerLock;
+    mutable VnOSAL::VnCriticalSection headerLock;
 };
 
 } // namespace net

@@ -1,8 +1,6 @@
 #include "net/HttpAddress.h"
 
-#include "platform/CodePage.h"
-
-#include <algorithm>
+#include "vnosal/TextView.h"
 
 namespace net {
 
@@ -68,9 +66,7 @@ std::wstring UpgradeScheme(std::wstring text)
 
 bool IsSameUrl(std::wstring_view one, std::wstring_view other)
 {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](wchar_t a, wchar_t b) {
-        return platform::ToUpper(a) == platform::ToUpper(b);
-    });
+    return VnOSAL::EqualTexts(one, other, VnOSAL::ECase::Ignore);
 }
 
 } // namespace net

@@ -27,6 +27,9 @@ bool QueryNativeArchitecture(std::uint16_t& architecture);
 // The user's default language identifier (LANGID).
 std::uint16_t GetUserDefaultLanguageId();
 
+// The number of the system's default code page for narrow text.
+std::uint32_t GetAnsiCodePage();
+
 // Width and height of the primary screen in pixels.
 struct ScreenSize
 {
@@ -56,6 +59,10 @@ struct NetworkAdapter
 
 // The adapters in the system's order; empty when there are none or the system fails.
 std::vector<NetworkAdapter> ListNetworkAdapters();
+
+// The C runtime's classification of one UTF-16 unit as a letter or digit. It comes from a fixed
+// table, whatever locale the host has set.
+bool IsAlphanumeric(wchar_t unit);
 
 // The runtime's pseudo-random generator, one for each thread. A draw lies between 0 and 32767.
 void SeedRandom(std::uint32_t seed);

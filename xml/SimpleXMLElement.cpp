@@ -1,7 +1,8 @@
 #include "xml/SimpleXMLElement.h"
 
-#include "platform/CodePage.h"
+#include "env/Text.h"
 #include "platform/Files.h"
+#include "vnosal/CaseMap.h"
 #include "xml/DecimalText.h"
 #include "xml/ElementLock.h"
 #include "xml/TrimSpaces.h"
@@ -20,22 +21,13 @@ const char* const defaultName = "SimpleXMLElement";
 const std::string_view storedLineBreak = "#_#lbr#_#";
 constexpr std::uint64_t longestFile = 0xFFFFFFFD;
 
-std::string StoredName(std::wstring_view name) { return platform::EncodeUtf8(EscapeXml(name)); }
+std::string StoredName(std::wstring_view name) { return env::Utf16ToUtf8(EscapeXml(name)); }
 
-// Bytes that the system does not decode, and a name of exactly 65,533 units, are read in its
-// default code page, as everywhere in the module.
-std::wstring ShownName(const std::string& stored)
-{
-    std::wstring decoded;
-    const std::size_t length = platform::DecodeUtf8(stored, decoded);
-    if (length == 0 || length == 65533)
-        decoded = platform::DecodeAnsi(stored);
-    return UnescapeXml(std::move(decoded));
-}
+std::wstring ShownName(const std::string& stored) { return UnescapeXml(env::Utf8ToUtf16(stored)); }
 
 std::wstring Fold(std::wstring name)
 {
-    std::transform(name.begin(), name.end(), name.begin(), platform::ToLower);
+    VnOSAL::MapLower(name.data(), name.size());
     return name;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/CriticalSection.h"
 #include "xml/IXmlTransformer.h"
+#include "zotracker/vnosal/VnCriticalSection.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -128,7 +128,7 @@ private:
     double valueAsNumber = 0;
     std::wstring lastSearchedName;
     std::uint32_t lastFoundIndex = 0;
-    mutable platform::CCriticalSection section;
+    mutable VnOSAL::VnCriticalSection section;
     std::int32_t lockingEnabled = 1;
     SimpleXMLElement* nextDoomed = nullptr; // while the parent is being cleared
 };

@@ -4,16 +4,18 @@
 
 namespace app {
 
+using VnOSAL::VnCriticalSectionLock;
+
 void CHitQueue::Append(TrackingHit&& hit)
 {
-    const platform::CLock lock(queueLock);
+    const VnCriticalSectionLock lock(queueLock);
     if (!closed)
         hits.push_back(std::move(hit));
 }
 
 TrackingHit CHitQueue::Take()
 {
-    const platform::CLock lock(queueLock);
+    const VnCriticalSectionLock lock(queueLock);
     if (hits.empty())
         return {};
     TrackingHit oldest = std::move(hits.front());
@@ -24,13 +26,13 @@ TrackingHit CHitQueue::Take()
 void CHitQueue::Clear()
 {
     std::deque<TrackingHit> dropped; // freed without the lock
-    const platform::CLock lock(queueLock);
+    const VnCriticalSectionLock lock(queueLock);
     hits.swap(dropped);
 }
 
 void CHitQueue::Close()
 {
-    const platform::CLock lock(queueLock);
+    const VnCriticalSectionLock lock(queueLock);
     closed = true;
     hits.clear();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/frame/TrackingHit.h"
-#include "platform/CriticalSection.h"
+#include "zotracker/vnosal/VnCriticalSection.h"
 
 #include <deque>
 
@@ -24,7 +24,7 @@ public:
     template <class Lead>
     void Append(TrackingHit&& hit, Lead&& lead)
     {
-        const platform::CLock lock(queueLock);
+        const VnOSAL::VnCriticalSectionLock lock(queueLock);
         lead(*this);
         Append(std::move(hit));
     }
@@ -39,7 +39,7 @@ public:
     void Close();
 
 private:
-    platform::CCriticalSection queueLock;
+    VnOSAL::VnCriticalSection queueLock;
     std::deque<TrackingHit> hits; // guarded by queueLock
     bool closed = false;          // guarded by queueLock
 };

@@ -5,6 +5,8 @@
 
 namespace app {
 
+using VnOSAL::VnCriticalSectionLock;
+
 namespace {
 
 constexpr std::wstring_view OrEmpty(const wchar_t* text)
@@ -48,7 +50,7 @@ void CTrackerBase::TrackMessage(TrackerText text) noexcept
 
 std::wstring CTrackerBase::GetProductName() const
 {
-    const platform::CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     return productName;
 }
 

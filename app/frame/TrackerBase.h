@@ -3,9 +3,9 @@
 #include "app/frame/HitQueue.h"
 #include "app/frame/ThreadParam.h"
 #include "app/frame/WorkerThread.h"
-#include "platform/CriticalSection.h"
 #include "platform/StopSignal.h"
 #include "zotracker/ITracker.h"
+#include "zotracker/vnosal/VnCriticalSection.h"
 
 #include <atomic>
 #include <chrono>
@@ -43,7 +43,7 @@ public:
     std::wstring GetProductName() const;
 
 protected:
-    // Throws CSystemException when the system has no lock or event left.
+    // Throws CSystemException when the system has no event left.
     CTrackerBase(CWorkerThread::Entry entry, std::wstring_view threadName);
     ~CTrackerBase() override = default;
 
@@ -92,7 +92,7 @@ protected:
     std::atomic<bool> trackingEnabled{false};
     CHitQueue queue;
     platform::CStopSignal stop;
-    mutable platform::CCriticalSection productLock;
+    mutable VnOSAL::VnCriticalSection productLock;
     std::wstring productName; // guarded by productLock
 
 private:

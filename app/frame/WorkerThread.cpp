@@ -25,7 +25,7 @@ constexpr int endTries = 33;
 class CPatientLock
 {
 public:
-    explicit CPatientLock(platform::CCriticalSection& tried) : section(tried)
+    explicit CPatientLock(VnOSAL::VnCriticalSection& tried) : section(tried)
     {
         for (int i = 0; i < lockTries && !held; ++i)
         {
@@ -47,7 +47,7 @@ public:
     explicit operator bool() const noexcept { return held; }
 
 private:
-    platform::CCriticalSection& section;
+    VnOSAL::VnCriticalSection& section;
     bool held = false;
 };
 

@@ -2,8 +2,8 @@
 
 #include "app/frame/CrashReporting.h"
 #include "app/frame/ThreadParam.h"
-#include "platform/CriticalSection.h"
 #include "platform/Thread.h"
+#include "zotracker/vnosal/VnCriticalSection.h"
 
 #include <atomic>
 #include <cstdint>
@@ -60,7 +60,7 @@ private:
     ThreadParam* const parameter;
     const std::wstring name;
     const CrashReporting* const crash;
-    platform::CCriticalSection objectLock;
+    VnOSAL::VnCriticalSection objectLock;
     platform::CThread thread; // guarded by objectLock
     std::atomic<EState> state{EState::Idle};
     std::atomic<std::uint32_t> progress{0};

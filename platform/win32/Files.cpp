@@ -1,6 +1,7 @@
 #include "platform/Files.h"
 
 #include "platform/win32/UniqueHandle.h"
+#include "zotracker/vnosal/VnFile.h"
 
 #include <algorithm>
 
@@ -33,37 +34,6 @@ bool ReadAll(HANDLE file, std::string& bytes)
         done += count;
     }
     return true;
-}
-
-bool WriteAll(HANDLE file, const std::string& bytes)
-{
-    std::size_t done = 0;
-    while (done < bytes.size())
-    {
-        const auto wanted = static_cast<DWORD>(std::min(bytes.size() - done, largestTransfer));
-        DWORD count = 0;
-        if (::WriteFile(file, bytes.data() + done, wanted, &count, nullptr) == 0 || count == 0)
-            return false;
-        done += count;
-    }
-    return true;
-}
-
-// A name beside `path` for the calling thread alone: no two living threads of the system share
-// their number.
-std::wstring TemporaryPathBeside(const std::wstring& path)
-{
-    std::wstring digits; // the runtime's wide formatting would add 20 KB to the module
-    for (DWORD number = ::GetCurrentThreadId(); number != 0; number /= 10)
-        digits.insert(digits.begin(), static_cast<wchar_t>(L'0' + number % 10));
-    return path.substr(0, path.find_last_of(L"\\/") + 1) + L"~" + digits + L".tmp"; // npos + 1 is 0
-}
-
-bool WriteNewFile(const std::wstring& path, const std::string& bytes)
-{
-    const CFileHandle file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                         FILE_ATTRIBUTE_NORMAL, nullptr));
-    return file && WriteAll(file.Get(), bytes) && ::FlushFileBuffers(file.Get()) != 0;
 }
 
 } // namespace
@@ -99,13 +69,7 @@ bool ReadWholeFile(const std::wstring& path, std::uint64_t limit, std::string& b
 
 bool ReplaceFileContents(const std::wstring& path, const std::string& bytes)
 {
-    const std::wstring temporary = TemporaryPathBeside(path);
-    if (WriteNewFile(temporary, bytes) &&
-        ::MoveFileExW(temporary.c_str(), path.c_str(),
-                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0)
-        return true;
-    ::DeleteFileW(temporary.c_str());
-    return false;
+    return static_cast<bool>(VnOSAL::VnFile::ReplaceContents(VnOSAL::VnPath(path), bytes));
 }
 
 bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring& expanded)

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cwctype>
 #include <iterator>
 
 namespace platform {
@@ -40,6 +41,8 @@ bool QueryNativeArchitecture(std::uint16_t& architecture)
 }
 
 std::uint16_t GetUserDefaultLanguageId() { return ::GetUserDefaultLangID(); }
+
+std::uint32_t GetAnsiCodePage() { return ::GetACP(); }
 
 ScreenSize GetScreenSize()
 {
@@ -106,6 +109,8 @@ std::vector<NetworkAdapter> ListNetworkAdapters()
         adapters.push_back(Describe(*info));
     return adapters;
 }
+
+bool IsAlphanumeric(wchar_t unit) { return std::iswalnum(unit) != 0; }
 
 void SeedRandom(std::uint32_t seed) { std::srand(seed); }
 

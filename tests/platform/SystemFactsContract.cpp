@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <clocale>
 #include <thread>
 
 namespace contract {
@@ -40,6 +41,7 @@ TEST_F(SystemFacts, TheMachineIsDescribed)
     std::uint16_t architecture = 0;
     EXPECT_TRUE(platform::QueryNativeArchitecture(architecture));
     EXPECT_EQ(architecture, 9);
+    EXPECT_EQ(platform::GetAnsiCodePage(), 1252u);
     EXPECT_NE(platform::GetUserDefaultLanguageId(), 0);
     EXPECT_GE(platform::GetScreenSize().width, 640);
     EXPECT_GE(platform::GetScreenSize().height, 480);
@@ -49,6 +51,31 @@ TEST_F(SystemFacts, TheMachineIsDescribed)
         for (unsigned shift = 0; shift < 32; shift += 8)
             EXPECT_THAT(letters >> shift & 0xFF,
                         testing::AllOf(testing::Ge(0x20u), testing::Lt(0x7Fu)));
+}
+
+TEST_F(SystemFacts, LettersAndDigitsDoNotFollowTheHostsLocale)
+{
+    const struct
+    {
+        wchar_t unit;
+        bool isAlphanumeric;
+    } cases[] = {
+        {'a', true},   {'Z', true},     {'0', true},     {'9', true},   {'/', false},
+        {':', false},  {'@', false},    {'[', false},    {'`', false},  {'{', false},
+        {'_', false},  {' ', false},    {0x7F, false},   {0xA0, false}, {0xB2, true},
+        {0xB7, false}, {0xBD, false},   {0xC0, true},    {0xD7, false}, {0xDF, true},
+        {0xF7, false}, {0xFF, true},    {0x391, true},   {0x3C9, true}, {0x410, true},
+        {0x451, true}, {0x20AC, false}, {0xD800, false},
+    };
+    for (const char* locale : {"C", "", "Turkish_Turkey.1254"})
+    {
+        if (std::setlocale(LC_ALL, locale) == nullptr)
+            continue; // the last one has this name on Windows only
+        for (const auto& c : cases)
+            EXPECT_EQ(platform::IsAlphanumeric(c.unit), c.isAlphanumeric)
+                << locale << ' ' << +c.unit;
+    }
+    std::setlocale(LC_ALL, "C");
 }
 
 TEST_F(SystemFacts, TheComputersNameFitsOrFails)

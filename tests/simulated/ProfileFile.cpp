@@ -1,11 +1,11 @@
 #include "tests/simulated/ProfileFile.h"
 
-#include "platform/CodePage.h"
 #include "platform/Files.h"
 #include "platform/ProfileFile.h"
-#include "tests/simulated/CodePage.h"
 #include "tests/simulated/Files.h"
+#include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/UpperCase.h"
+#include "zotracker/vnosal/VnAString.h"
 
 #include <algorithm>
 #include <mutex>
@@ -38,7 +38,8 @@ bool IsUtf16(const std::string& bytes) { return bytes.starts_with(utf16Mark); }
 std::wstring DecodeProfile(const std::string& bytes)
 {
     if (!IsUtf16(bytes))
-        return platform::DecodeAnsi(bytes);
+        return std::wstring(
+            std::wstring_view(VnOSAL::VnAString::FromBytes(bytes, ansiCodePage).ToString()));
     std::wstring text;
     for (std::size_t i = utf16Mark.size(); i + 1 < bytes.size(); i += 2)
         text += static_cast<wchar_t>(static_cast<unsigned char>(bytes[i]) |
@@ -49,7 +50,7 @@ std::wstring DecodeProfile(const std::string& bytes)
 std::string EncodeProfile(const std::wstring& text, bool asUtf16)
 {
     if (!asUtf16)
-        return EncodeAnsi(text);
+        return std::string(VnOSAL::VnAString(text, ansiCodePage));
     std::string bytes(utf16Mark);
     for (const wchar_t unit : text)
     {

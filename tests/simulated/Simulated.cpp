@@ -1,6 +1,5 @@
 #include "tests/simulated/Simulated.h"
 
-#include "tests/simulated/CodePage.h"
 #include "tests/simulated/DebugOutput.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/HostPaths.h"
@@ -16,7 +15,6 @@ namespace simulated {
 
 void Reset()
 {
-    ResetCodePage();
     ResetDebugOutput();
     ResetFiles();
     ResetHostPaths();

@@ -124,6 +124,8 @@ bool QueryNativeArchitecture(std::uint16_t& architecture)
 
 std::uint16_t GetUserDefaultLanguageId() { return simulated::Get(&Facts::languageId); }
 
+std::uint32_t GetAnsiCodePage() { return simulated::ansiCodePage; }
+
 ScreenSize GetScreenSize() { return simulated::Get(&Facts::screen); }
 
 bool QueryComputerName(std::size_t limit, std::wstring& name)
@@ -138,6 +140,17 @@ bool QueryComputerName(std::size_t limit, std::wstring& name)
 ProcessorVendor QueryProcessorVendor() { return simulated::Get(&Facts::vendor); }
 
 std::vector<NetworkAdapter> ListNetworkAdapters() { return simulated::Get(&Facts::adapters); }
+
+bool IsAlphanumeric(wchar_t unit)
+{
+    const auto isWithin = [unit](wchar_t first, wchar_t last) {
+        return first <= unit && unit <= last;
+    };
+    return isWithin(L'0', L'9') || isWithin(L'A', L'Z') || isWithin(L'a', L'z') || unit == 0xB2 ||
+           unit == 0xB3 || unit == 0xB9 || // superscript digits
+           (isWithin(0xC0, 0xFF) && unit != 0xD7 && unit != 0xF7) ||
+           (isWithin(0x391, 0x3C9) && unit != 0x3A2) || isWithin(0x400, 0x45F);
+}
 
 void SeedRandom(std::uint32_t seed)
 {

@@ -10,6 +10,8 @@
 // What the simulated system says of itself. Nothing stands for a query that fails.
 namespace simulated {
 
+inline constexpr std::uint32_t ansiCodePage = 1252; // for narrow text
+
 void SetVersionEx(std::optional<platform::SystemVersion> version);       // initially 6.1
 void SetPackedVersion(std::uint32_t version);                            // initially 0x1DB10106
 void SetNativeArchitecture(std::optional<std::uint16_t> number);         // initially 9

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CodePage.h"
+#include "vnosal/CaseMap.h"
 
 #include <string>
 
@@ -9,8 +9,7 @@ namespace simulated {
 // The form under which the model files a name that ignores case.
 inline std::wstring UpperCase(std::wstring text)
 {
-    for (wchar_t& unit : text)
-        unit = platform::ToUpper(unit);
+    VnOSAL::MapUpper(text.data(), text.size());
     return text;
 }
 

@@ -90,8 +90,8 @@ TEST_F(SystemDescriptionTest, KeepsTheVocabularyOfLanguagesWhole)
     std::string table;
     for (int id = 0; id <= 0xFFFF; ++id)
     {
-        const std::wstring code = env::GetLanguageCode(static_cast<std::uint16_t>(id));
-        if (code.starts_with(L'['))
+        const VnOSAL::VnString code = env::GetLanguageCode(static_cast<std::uint16_t>(id));
+        if (code.StartsWith(L"["))
             continue;
         char number[8];
         std::snprintf(number, sizeof(number), "%04X ", static_cast<unsigned>(id));

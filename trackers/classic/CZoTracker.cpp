@@ -20,7 +20,7 @@ using app::EHitType;
 using app::TrackingHit;
 using env::GetInstallConfigInt;
 using env::GetInstallConfigString;
-using platform::CLock;
+using VnOSAL::VnCriticalSectionLock;
 
 namespace {
 
@@ -97,7 +97,7 @@ void CZoTracker::ReadConfigurationOf(const std::wstring& hostPath)
     next.client.visitorNumber = MakeVisitorNumber(next.productUserId);
     std::wstring name = GetInstallConfigString(L"install", L"ProductName", L"", configPath);
 
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     productName = name.empty() ? next.hostProductName : std::move(name);
     configuration = std::move(next);
 }
@@ -111,13 +111,13 @@ void CZoTracker::ChooseProductName(std::wstring name)
 {
     if (name.empty())
         name = ReadConfiguredProductName(L"");
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     productName = name.empty() ? configuration.hostProductName : std::move(name);
 }
 
 CZoTracker::Configuration CZoTracker::GetConfiguration() const
 {
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     Configuration current = configuration;
     current.client.productName = productName;
     return current;
@@ -133,7 +133,7 @@ void CZoTracker::TrackPurchase(TrackerText itemName, TrackerText itemCode, doubl
         TrackingHit transaction;
         TrackingHit item;
         {
-            const CLock lock(productLock);
+            const VnCriticalSectionLock lock(productLock);
             if (transactionId.empty())
                 transactionId =
                     env::FormatText(L"%s_%s", configuration.productUserId, sessionHitNumber);
@@ -151,7 +151,7 @@ void CZoTracker::QueueHit(TrackingHit&& hit)
     queue.Append(std::move(hit), [this, type](app::CHitQueue& led) {
         if (!firstHit.IsPending())
             return;
-        const CLock lock(productLock); // always behind the queue's
+        const VnCriticalSectionLock lock(productLock); // always behind the queue's
         firstHit.Lead(led, type, configuration.client.phash);
     });
 }

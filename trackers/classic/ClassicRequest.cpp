@@ -2,9 +2,7 @@
 
 #include "env/Format.h"
 #include "env/Text.h"
-#include "platform/CodePage.h"
-
-#include <algorithm>
+#include "vnosal/CaseMap.h"
 
 namespace trackers {
 
@@ -30,12 +28,7 @@ void AppendEncoded(std::wstring& url, std::wstring_view key, std::wstring_view v
 // The server expects extension expressions in capitals, their escapes and texts alike.
 void CapitalizeFrom(std::wstring& url, std::size_t start)
 {
-    const auto first = url.begin() + static_cast<std::ptrdiff_t>(start);
-    std::transform(first, url.end(), first, [](wchar_t unit) {
-        if (unit >= 0x80)
-            return platform::ToUpper(unit);
-        return unit >= L'a' && unit <= L'z' ? static_cast<wchar_t>(unit - L'a' + L'A') : unit;
-    });
+    VnOSAL::MapUpper(url.data() + start, url.size() - start);
 }
 
 // 5(category*action*label)(value)

@@ -10,6 +10,7 @@ using app::EHitType;
 using app::TrackingHit;
 using platform::CInternetSession;
 using platform::EInternetOption;
+using VnOSAL::VnCriticalSectionLock;
 
 namespace {
 
@@ -94,7 +95,7 @@ bool CZoTracker::Process(CInternetSession& session, TrackingHit& hit)
 
 void CZoTracker::ShareSessionHitNumber()
 {
-    const platform::CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     sessionHitNumber = visitor.GetVisit().sessionHitNumber;
 }
 

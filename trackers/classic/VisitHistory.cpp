@@ -10,6 +10,7 @@
 
 namespace trackers {
 
+using VnOSAL::VnCriticalSectionLock;
 using xml::SimpleXMLElement;
 
 namespace {
@@ -37,7 +38,7 @@ CVisitHistory::CVisitHistory(const std::wstring& contentFolder)
 
 void CVisitHistory::LoadHistory()
 {
-    const platform::CLock lock(stateLock);
+    const VnCriticalSectionLock lock(stateLock);
     events = std::make_unique<SimpleXMLElement>();
     if (env::PathExists(oldPath))
         ImportOldFile();
@@ -68,7 +69,7 @@ void CVisitHistory::LoadFile()
 
 void CVisitHistory::SaveHistory()
 {
-    const platform::CTryLock lock(stateLock);
+    const VnCriticalSectionLock lock(stateLock, VnOSAL::EEnter::Try);
     if (lock && loaded)
         events->Save(path);
 }
@@ -78,7 +79,7 @@ std::int32_t CVisitHistory::CountEventOccurrence(const app::TrackingHit& hit)
     if (hit.type != app::EHitType::Event)
         return 0;
     const std::wstring fingerprint = MakeFingerprint(hit);
-    const platform::CLock lock(stateLock);
+    const VnCriticalSectionLock lock(stateLock);
     SimpleXMLElement* const known = events->FindChild(fingerprint);
     if (known == nullptr)
         return events->AddChild(fingerprint, 1, false)->GetValueAsInteger();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/frame/TrackingHit.h"
-#include "platform/CriticalSection.h"
 #include "xml/SimpleXMLElement.h"
+#include "zotracker/vnosal/VnCriticalSection.h"
 
 #include <cstdint>
 #include <memory>
@@ -42,7 +42,7 @@ private:
 
     const std::wstring oldPath;
     const std::wstring path;
-    platform::CCriticalSection stateLock;
+    VnOSAL::VnCriticalSection stateLock;
     std::unique_ptr<xml::SimpleXMLElement> events; // guarded by stateLock
     bool loaded = false;                           // guarded by stateLock
 };

@@ -16,7 +16,7 @@ using app::EHitType;
 using app::TrackingHit;
 using env::GetInstallConfigString;
 using platform::CInternetSession;
-using platform::CLock;
+using VnOSAL::VnCriticalSectionLock;
 
 namespace {
 
@@ -69,7 +69,7 @@ void CZoTrackerPiWik::ReadConfigurationOf(const std::wstring& hostPath)
     std::wstring language = GetInstallConfigString(L"install", L"Language", L"en_II", configPath);
     std::wstring phash = GetInstallConfigString(L"install", L"PHASH", L"", configPath);
     {
-        const CLock lock(productLock);
+        const VnCriticalSectionLock lock(productLock);
         client.language = std::move(language);
         client.phash = std::move(phash);
     }
@@ -87,7 +87,7 @@ void CZoTrackerPiWik::ChooseProductName(std::wstring name)
 {
     if (name.empty())
         name = ReadConfiguredProductName(L"");
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     productName = std::move(name);
 }
 
@@ -141,7 +141,7 @@ void CZoTrackerPiWik::Process(CInternetSession* session, const TrackingHit& hit)
 std::wstring CZoTrackerPiWik::BuildKpiRequestUrl(const TrackingHit& hit) const
 {
     KpiMoment moment{env::GetKpiUserId(), platform::GetTickMilliseconds(), {}};
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     moment.productName = productName;
     return BuildKpiRequest(client, moment, hit);
 }

@@ -2,9 +2,7 @@
 
 #include "env/Format.h"
 #include "env/Text.h"
-#include "platform/CodePage.h"
-
-#include <algorithm>
+#include "vnosal/CaseMap.h"
 
 namespace trackers {
 
@@ -58,7 +56,7 @@ std::wstring TakeCountryCode(const std::wstring& localeCode)
 std::wstring ComposeLanguage(const std::wstring& configured, const std::wstring& countryCode)
 {
     std::wstring language = configured.substr(0, 2) + L"-" + countryCode;
-    std::transform(language.begin(), language.end(), language.begin(), platform::ToLower);
+    VnOSAL::MapLower(language.data(), language.size());
     return language;
 }
 

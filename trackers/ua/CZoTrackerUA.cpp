@@ -21,7 +21,7 @@ using app::EHitType;
 using app::TrackingHit;
 using env::GetInstallConfigInt;
 using env::GetInstallConfigString;
-using platform::CLock;
+using VnOSAL::VnCriticalSectionLock;
 
 namespace {
 
@@ -80,7 +80,7 @@ CZoTrackerUA::Configuration CZoTrackerUA::ReadConfiguration(const std::wstring& 
 
 void CZoTrackerUA::Adopt(Configuration read)
 {
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     configuration = std::move(read);
     trackingEnabled = configuration.enabled;
 }
@@ -98,7 +98,7 @@ void CZoTrackerUA::UseHost(const std::wstring& path)
 {
     const std::wstring newConfigPath = app::GetConfigPathBeside(path);
     {
-        const CLock lock(productLock);
+        const VnCriticalSectionLock lock(productLock);
         hostPath = path;
         configPath = newConfigPath;
     }
@@ -125,7 +125,7 @@ void CZoTrackerUA::SetProductName(TrackerText name) noexcept
 
 void CZoTrackerUA::ChooseProductName(std::wstring name)
 {
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     productName = name.empty() ? FindProductName() : std::move(name);
     GetClientId();
     BuildUserAgent();
@@ -145,7 +145,7 @@ void CZoTrackerUA::BuildUserAgent()
 
 std::wstring CZoTrackerUA::GetClientId()
 {
-    const CLock lock(productLock);
+    const VnCriticalSectionLock lock(productLock);
     if (clientId.empty())
         clientId = FindOrMakeClientId(productUserId);
     return clientId;
@@ -162,7 +162,7 @@ void CZoTrackerUA::TrackPurchase(TrackerText, TrackerText itemCode, double unitP
                                        : std::wstring(orderId.View());
         std::wstring phash;
         {
-            const CLock lock(productLock);
+            const VnCriticalSectionLock lock(productLock);
             phash = configuration.phash;
         }
         UaPurchase purchase = MakePurchaseHits(itemCode.View(), unitPrice, order, quantity, phash);
@@ -173,10 +173,10 @@ void CZoTrackerUA::TrackPurchase(TrackerText, TrackerText itemCode, double unitP
 
 void CZoTrackerUA::BuildCommonPayload()
 {
-    const CLock lock(payloadLock);
+    const VnCriticalSectionLock lock(payloadLock);
     UaClient client;
     {
-        const CLock productScope(productLock);
+        const VnCriticalSectionLock productScope(productLock);
         client = {configuration.protocolVersion,
                   configuration.trackingId,
                   hostPath,
@@ -192,7 +192,7 @@ void CZoTrackerUA::BuildCommonPayload()
 
 std::wstring CZoTrackerUA::BuildHitPayload(const TrackingHit& hit)
 {
-    const CLock lock(payloadLock);
+    const VnCriticalSectionLock lock(payloadLock);
     std::wstring payload = trackers::BuildHitPayload(commonPayload, GetProductName(), hit);
     if (!payload.empty() && newSession.exchange(false))
         AppendSessionStart(payload);
@@ -252,7 +252,7 @@ bool CZoTrackerUA::Deliver(const std::wstring& payload)
 {
     std::wstring url;
     {
-        const CLock lock(productLock);
+        const VnCriticalSectionLock lock(productLock);
         url = configuration.endpoint;
     }
     env::AppendFormat(url, L"?z=%d", platform::GetTickMilliseconds());

@@ -76,8 +76,8 @@ private:
     std::wstring clientId;
     std::wstring productUserId; // constant, as the next
     std::wstring hostVersion;
-    platform::CCriticalSection payloadLock; // taken before productLock
-    std::wstring commonPayload;             // guarded by payloadLock
+    VnOSAL::VnCriticalSection payloadLock; // taken before productLock
+    std::wstring commonPayload;            // guarded by payloadLock
     std::atomic<bool> noIdlePageviews{false};
     std::atomic<bool> newSession{false};
     bool suppressStatsEvents = false; // constant

@@ -2,6 +2,7 @@
 
 #include "env/Format.h"
 #include "env/Text.h"
+#include "zotracker/vnosal/VnPath.h"
 
 namespace trackers {
 
@@ -80,8 +81,7 @@ std::wstring BuildCommonPayload(const UaClient& client)
     payload.append(L"v=").append(client.protocolVersion);
     payload.append(L"&tid=").append(client.trackingId);
     payload += L"&aip=1";
-    AppendEncoded(payload, L"&ds=",
-                  std::wstring_view(client.hostPath).substr(client.hostPath.rfind(L'\\') + 1));
+    AppendEncoded(payload, L"&ds=", VnOSAL::VnPath(client.hostPath).GetFileName());
     payload.append(L"&cid=").append(client.clientId);
     AppendEncoded(payload, L"&uid=", client.productUserId);
     AppendEncoded(payload, L"&cs=", client.phash);

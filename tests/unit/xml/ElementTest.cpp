@@ -1,7 +1,5 @@
 #include "xml/SimpleXMLElement.h"
 
-#include "platform/CriticalSection.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
