@@ -1,19 +1,12 @@
 #include "platform/HostPaths.h"
 
-#include <windows.h>
+#include "zotracker/vnosal/VnPath.h"
 
-#include <shlobj.h>
+#include <windows.h>
 
 #include <algorithm>
 
 namespace platform {
-
-namespace {
-
-// Far beyond MAX_PATH, which the shell keeps to in the folders that it knows.
-constexpr std::size_t folderUnits = 32780;
-
-} // namespace
 
 std::wstring GetHostExecutablePath(std::size_t limit)
 {
@@ -27,10 +20,7 @@ std::wstring GetHostExecutablePath(std::size_t limit)
 
 std::wstring GetSpecialFolder(int folderId)
 {
-    std::wstring path(folderUnits, L'\0');
-    ::SHGetSpecialFolderPathW(nullptr, path.data(), folderId, FALSE);
-    path.resize(std::min(path.find(L'\0'), path.size()));
-    return path;
+    return std::wstring(std::wstring_view(VnOSAL::VnPath::GetSpecialFolder(folderId).GetText()));
 }
 
 } // namespace platform
