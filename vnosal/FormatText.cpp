@@ -76,22 +76,24 @@ std::size_t WriteDouble(char* buffer, std::size_t size, double value, char conve
 
 double ReadDouble(const char* text) noexcept
 {
+    char* end = nullptr;
+    const double value = ScanDouble(text, end);
+    if (*end == '\0') // the locale's decimal point is the point, or there is none
+        return value;
     const char* const local = LocalPoint();
-    const char* const point = std::strchr(text, '.');
-    const std::size_t length = std::strlen(text);
     const std::size_t localLength = std::strlen(local);
-    if (!point || std::strcmp(local, ".") == 0)
-        return std::atof(text);
+    const std::size_t length = std::strlen(text);
+    const char* const point = std::strchr(text, '.');
     auto* const copy = static_cast<char*>(std::malloc(length + localLength));
-    if (!copy)
-        return 0;
+    if (!point || !copy)
+        return std::free(copy), value;
     const auto whole = static_cast<std::size_t>(point - text);
     std::memcpy(copy, text, whole);
     std::memcpy(copy + whole, local, localLength);
     std::memcpy(copy + whole + localLength, point + 1, length - whole);
-    const double value = std::atof(copy);
+    const double read = ScanDouble(copy, end);
     std::free(copy);
-    return value;
+    return read;
 }
 
 } // namespace VnOSAL

@@ -9,4 +9,7 @@ namespace VnOSAL {
 std::size_t PrintDouble(char* buffer, std::size_t size, double value, char conversion,
                         int precision, bool alternate) noexcept;
 
+// The number that a text begins with, in the current C locale; `end` is where it ends.
+double ScanDouble(const char* text, char*& end) noexcept;
+
 } // namespace VnOSAL

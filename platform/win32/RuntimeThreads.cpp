@@ -4,6 +4,8 @@
 // each, and nothing of them waits for anybody's end.
 //
 // Only for MinGW's posix thread model, and only for the module.
+#include "platform/win32/ThreadValues.h"
+
 #include <windows.h>
 
 #include <pthread.h>
@@ -79,6 +81,8 @@ void NTAPI OnThread(void*, DWORD reason, void*) noexcept
 }
 
 } // namespace
+
+void platform::FreeThreadValues() noexcept { CleanUpAfterThread(); }
 
 // In the list of functions that the loader calls for each thread.
 extern "C" {

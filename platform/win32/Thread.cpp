@@ -2,6 +2,7 @@
 
 #include "platform/ModuleState.h"
 #include "platform/win32/LoaderLock.h"
+#include "platform/win32/ThreadValues.h"
 #include "platform/win32/UniqueHandle.h"
 
 #include <windows.h>
@@ -76,6 +77,7 @@ DWORD WINAPI CThread::State::Run(void* own) noexcept
         RunPinned(
             state.pinned, [](void*) {}, nullptr);
     state.result = state.routine(state.parameter);
+    FreeThreadValues();
     ::SignalObjectAndWait(state.finished.Get(), state.never.Get(), INFINITE, FALSE);
     return state.result;
 }

@@ -124,14 +124,21 @@ TEST_F(UnloadTest, ManyStaysInOneProcessLeaveNothingBehind)
 {
     collector.Refuse();
     PutConfig(MakeConfig());
-    std::string commands;
-    for (int stay = 0; stay < 60; ++stay)
-        commands += "pageview\nsleep " + std::to_string(stay) + "\nunload\ngone 5000\nload\n";
-    const ProgramResult run = RunHost(commands + "status\n");
+    const auto stay = [](int milliseconds) {
+        return "load\npageview\nsleep " + std::to_string(milliseconds) + "\nunload\ngone 5000\n";
+    };
+    std::string commands = "unload\ngone 5000\n";
+    for (int i = 0; i < 60; ++i)
+        commands += stay(i) + (i == 10 || i == 59 ? "heap\n" : "");
+    const ProgramResult run = RunHost(commands + "load\nstatus\n");
     EXPECT_FALSE(run.hung) << run.output;
     EXPECT_EQ(run.status, 0) << run.output;
     EXPECT_EQ(run.output.find("still there"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("main enabled, kpi enabled"), std::string::npos) << run.output;
+
+    const std::size_t late = run.output.rfind("heap ");
+    ASSERT_NE(late, std::string::npos);
+    EXPECT_LE(std::stoi(run.output.substr(late + 5)), GetMilliseconds(run, "heap") + 1000);
 }
 
 TEST_F(UnloadTest, AReleaseDuringAnOutageWithAFullQueueIsBounded)

@@ -63,6 +63,7 @@ const char* const usage =
     "\n"
     "  use all|main|kpi                 which trackers the following commands go to (all)\n"
     "  status                           print interface version and whether tracking is enabled\n"
+    "  heap                             print the bytes on the C runtime's heap\n"
     "  initialize [FILE]                read the configuration beside FILE (this program)\n"
     "  pageview\n"
     "  event CATEGORY ACTION [LABEL [VALUE [PAGE]]]\n"

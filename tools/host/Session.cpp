@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 
 namespace host {
 
@@ -28,6 +29,19 @@ const char* TellState(ITracker* tracker)
     if (tracker->GetInterfaceVersion() != trackerInterfaceVersion)
         return "another interface version";
     return tracker->IsTrackingEnabled() ? "enabled" : "disabled";
+}
+
+// What the C runtime's heap holds, which the module shares with this program.
+std::size_t MeasureHeap()
+{
+    const auto heap = reinterpret_cast<HANDLE>(::_get_heap_handle());
+    std::size_t bytes = 0;
+    PROCESS_HEAP_ENTRY entry = {};
+    ::HeapLock(heap);
+    while (::HeapWalk(heap, &entry))
+        bytes += entry.wFlags & PROCESS_HEAP_ENTRY_BUSY ? entry.cbData : 0;
+    ::HeapUnlock(heap);
+    return bytes;
 }
 
 } // namespace
@@ -109,6 +123,11 @@ bool CSession::Obey(const Command& command)
     else if (verb == L"status")
     {
         std::printf("main %s, kpi %s\n", TellState(main), TellState(kpi));
+        std::fflush(stdout);
+    }
+    else if (verb == L"heap")
+    {
+        std::printf("heap %zu bytes\n", MeasureHeap());
         std::fflush(stdout);
     }
     else if (verb == L"sleep")

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 namespace VnOSAL {
 
@@ -18,5 +19,7 @@ std::size_t PrintDouble(char* buffer, std::size_t size, double value, char conve
     const int length = std::snprintf(buffer, size, format, precision, value);
     return static_cast<std::size_t>(std::max(length, 0));
 }
+
+double ScanDouble(const char* text, char*& end) noexcept { return std::strtod(text, &end); }
 
 } // namespace VnOSAL

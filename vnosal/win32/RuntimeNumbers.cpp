@@ -1,6 +1,7 @@
 #include "vnosal/RuntimeNumbers.h"
 
 #include <stdio.h>
+#include <stdlib.h>
 
 namespace VnOSAL {
 
@@ -23,5 +24,8 @@ std::size_t PrintDouble(char* buffer, std::size_t size, double value, char conve
                                       : _snprintf(buffer, size, format, value);
     return length < 0 ? size : static_cast<std::size_t>(length);
 }
+
+// Without a locale the runtime library takes the current one.
+double ScanDouble(const char* text, char*& end) noexcept { return _strtod_l(text, &end, nullptr); }
 
 } // namespace VnOSAL
