@@ -38,7 +38,7 @@ private:
 
 std::wstring GetHostName()
 {
-    const std::wstring name = GetApplicationProductName();
+    std::wstring name = GetApplicationProductName();
     if (!name.empty())
         return name;
     return std::wstring(VnOSAL::VnPath(GetApplicationFilePath()).GetFileName());
@@ -51,7 +51,7 @@ std::wstring GetProductUserId(const std::wstring& productName)
     CProcessCache& cache = CProcessCache::Get();
     const std::wstring computerId = GetComputerId();
     if (productName.empty())
-        if (const std::wstring id = cache.Find(ECachedText::ProductUserId); !id.empty())
+        if (std::wstring id = cache.Find(ECachedText::ProductUserId); !id.empty())
             return id;
 
     const CBusyScope busy(cache.productUserIdBusy);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <ranges>
 #include <vector>
 
 namespace env {
@@ -30,10 +31,10 @@ public:
     std::uint32_t Divide(std::uint32_t divisor)
     {
         std::uint64_t rest = 0;
-        for (auto limb = limbs.rbegin(); limb != limbs.rend(); ++limb)
+        for (std::uint32_t& limb : std::views::reverse(limbs))
         {
-            rest = rest << 32 | *limb;
-            *limb = Low(rest / divisor);
+            rest = rest << 32 | limb;
+            limb = Low(rest / divisor);
             rest %= divisor;
         }
         return Low(rest);

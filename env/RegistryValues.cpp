@@ -15,6 +15,12 @@ constexpr std::size_t firstBufferUnits = 16'383;
 constexpr std::size_t bufferGrowthUnits = 4'096;
 constexpr std::size_t textLimitUnits = 1 << 20;
 
+std::wstring CutAtZero(std::wstring text)
+{
+    text.resize(std::min(text.find(L'\0'), text.size()));
+    return text;
+}
+
 // A text value up to its terminator, if it has one.
 std::wstring ReadText(const platform::CRegistryKey& key, const std::wstring& name)
 {
@@ -25,7 +31,7 @@ std::wstring ReadText(const platform::CRegistryKey& key, const std::wstring& nam
         switch (key.Query(name, buffer, size))
         {
         case platform::ERegistryQuery::Done:
-            return DecodeUnits(std::span(buffer).first(std::min(size, buffer.size()))).c_str();
+            return CutAtZero(DecodeUnits(std::span(buffer).first(std::min(size, buffer.size()))));
         case platform::ERegistryQuery::MoreData:
             break;
         case platform::ERegistryQuery::Failed:
@@ -73,7 +79,7 @@ std::wstring RegReadString(const platform::CRegistryKey& openKey, const std::wst
     if (type != platform::registrySz && type != platform::registryExpandSz)
         return {};
 
-    const std::wstring text = ReadText(openKey, valueName);
+    std::wstring text = ReadText(openKey, valueName);
     std::wstring expanded;
     if (type == platform::registryExpandSz &&
         platform::ExpandEnvironment(text, textLimitUnits, expanded))

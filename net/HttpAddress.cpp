@@ -54,7 +54,7 @@ std::wstring GetObjectPath(std::wstring_view url, std::wstring_view host)
     return std::wstring(url);
 }
 
-std::wstring UpgradeScheme(std::wstring text)
+std::wstring UpgradeScheme(const std::wstring& text)
 {
     std::wstring upgraded;
     std::size_t done = 0;

@@ -20,7 +20,7 @@ bool FindHost(std::wstring_view url, std::wstring& host);
 std::wstring GetObjectPath(std::wstring_view url, std::wstring_view host);
 
 // Every "http://" in `text` as "https://".
-std::wstring UpgradeScheme(std::wstring text);
+std::wstring UpgradeScheme(const std::wstring& text);
 
 // Whether two addresses are the same but for the case of their letters.
 bool IsSameUrl(std::wstring_view one, std::wstring_view other);

@@ -59,7 +59,7 @@ TrackingHit MakeEventExHit(std::wstring_view category, std::wstring_view action,
     hit.field2 = OrUnknown(category);
     hit.field3 = label;
     hit.field4 = OrUnknown(action);
-    hit.field5 = std::move(page);
+    hit.field5 = page;
     hit.onceOnly = onceOnly;
     return hit;
 }

@@ -9,8 +9,7 @@ namespace trackers {
 std::wstring GetUserContentFolder(const std::wstring& companyFolderWord,
                                   const std::wstring& hostProductName)
 {
-    const std::wstring configured =
-        env::GetInstallConfigString(L"install", L"UserContentPath", L"");
+    std::wstring configured = env::GetInstallConfigString(L"install", L"UserContentPath", L"");
     if (!configured.empty())
         return configured;
     std::wstring folder = env::GetSuiteFolder(companyFolderWord) + L"\\";

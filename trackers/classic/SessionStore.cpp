@@ -5,6 +5,8 @@
 #include "platform/ProfileFile.h"
 #include "trackers/classic/ContentFolder.h"
 
+#include <utility>
+
 namespace trackers {
 
 using platform::CRegistryKey;
@@ -32,11 +34,10 @@ bool WriteValue(ERegistryRoot root, const std::wstring& keyPath, const std::wstr
 
 } // namespace
 
-CSessionStore::CSessionStore(const std::wstring& companyFolderWord,
-                             const std::wstring& hostProductName)
-    : companyWord(companyFolderWord),
-      productName(hostProductName),
-      keyPath(keyPrefix + hostProductName)
+CSessionStore::CSessionStore(std::wstring companyFolderWord, std::wstring hostProductName)
+    : companyWord(std::move(companyFolderWord)),
+      productName(std::move(hostProductName)),
+      keyPath(keyPrefix + productName)
 {}
 
 std::wstring CSessionStore::GetSessionValue(const std::wstring& name) const

@@ -19,7 +19,7 @@ namespace trackers {
 class CSessionStore
 {
 public:
-    CSessionStore(const std::wstring& companyFolderWord, const std::wstring& hostProductName);
+    CSessionStore(std::wstring companyFolderWord, std::wstring hostProductName);
 
     // The value; empty when no place has it. One that is not found in the classes root is copied
     // there.

@@ -72,7 +72,11 @@ public:
         block = taken;
         return *this;
     }
-    VnString& operator=(std::wstring_view text) noexcept { return Assign(text); }
+    VnString& operator=(std::wstring_view text) noexcept
+    {
+        Assign(text);
+        return *this;
+    }
     VnString& operator=(const wchar_t* text) noexcept { return *this = VnString(text); }
     ~VnString() { Drop(block); }
 
