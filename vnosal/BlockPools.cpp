@@ -18,8 +18,8 @@ struct Pool
 {
     std::size_t units;
     std::atomic<std::uint64_t> head{none};
-    std::atomic<std::uint32_t> chunkCount{0};
     std::atomic<std::byte*> chunks[maxChunks]{};
+    std::atomic<std::uint32_t> chunkCount{0};
     std::uint32_t blocksInUse = 0; // counted once the library is closing
 };
 

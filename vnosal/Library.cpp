@@ -9,7 +9,7 @@
 namespace VnOSAL {
 namespace {
 
-constexpr std::size_t largestLibrary = 1024 * 1024; // bytes; the shell writes a few thousand
+constexpr std::size_t largestLibrary = 1 << 20; // bytes; the shell writes a few thousand
 constexpr std::wstring_view knownFolderScheme = L"knownfolder:";
 
 // Reads the tags of an XML text one after the other.
@@ -123,7 +123,7 @@ VnResult VnFileSystemItem::ReadLibraryFolders(VnStringList& folders) const noexc
     if (!EqualTexts(path.GetExtension(), L".library-ms", ECase::Ignore))
         return {EError::NotSupported, path.GetText()};
     VnString xml;
-    const VnResult read = VnFile::ReadText(path, xml, largestLibrary);
+    VnResult read = VnFile::ReadText(path, xml, largestLibrary);
     if (!read)
         return read;
     folders.Clear();

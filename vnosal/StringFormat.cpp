@@ -346,7 +346,7 @@ VnString VnString::Format(const wchar_t* format, ...) noexcept
 {
     std::va_list arguments;
     va_start(arguments, format);
-    const VnString result = FormatV(format, arguments);
+    VnString result = FormatV(format, arguments);
     va_end(arguments);
     return result;
 }

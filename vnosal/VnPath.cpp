@@ -86,7 +86,6 @@ std::size_t MeasureRoot(std::wstring_view path, EPathForm form) noexcept
     case EPathForm::DriveRelative:
         return 2;
     case EPathForm::DriveAbsolute:
-        return SkipNames(path, form, 0, 1);
     case EPathForm::Rooted:
         return SkipNames(path, form, 0, 1);
     case EPathForm::Unc:

@@ -12,7 +12,7 @@ std::wstring GetTimeText() { return env::FormatText(L"%I64d", platform::GetUnixT
 
 std::wstring FormatCount(std::int64_t count) { return env::FormatText(L"%d", count); }
 
-std::wstring OrElse(std::wstring value, const std::wstring& otherwise)
+std::wstring OrElse(const std::wstring& value, const std::wstring& otherwise)
 {
     return value.empty() ? otherwise : value;
 }

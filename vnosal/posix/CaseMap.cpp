@@ -1,7 +1,7 @@
 #include "vnosal/CaseMap.h"
 
-#include <locale.h>
-#include <wctype.h>
+#include <clocale>
+#include <cwctype>
 
 namespace VnOSAL {
 namespace {

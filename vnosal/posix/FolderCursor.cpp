@@ -93,7 +93,7 @@ bool IsDots(const char* name) noexcept
 
 SystemError CopyBytes(int from, int to, IByteCounter& counter)
 {
-    std::vector<char> buffer(256 * 1024);
+    std::vector<char> buffer(262'144);
     for (;;)
     {
         const ssize_t count = read(from, buffer.data(), buffer.size());

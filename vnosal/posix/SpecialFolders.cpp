@@ -16,7 +16,7 @@ VnString ReadEnvironment(const char* name) noexcept
 // A folder that the XDG base directory standard names, or its default below the home folder.
 VnString ReadFolder(const char* name, const wchar_t* defaultBelowHome) noexcept
 {
-    const VnString folder = ReadEnvironment(name);
+    VnString folder = ReadEnvironment(name);
     if (folder[0] == L'/')
         return folder;
     const VnString home = ReadEnvironment("HOME");

@@ -61,9 +61,9 @@ std::string MakeAbsolute(const std::string& path)
     if (path[0] == '/')
         return path;
     char* const current = getcwd(nullptr, 0);
-    const std::string absolute = std::string(current ? current : "") + "/" + path;
+    std::string absolute = current ? current : "";
     std::free(current);
-    return absolute;
+    return absolute.append("/").append(path);
 }
 
 } // namespace
@@ -86,14 +86,18 @@ SystemError RecycleItem(const VnString& path) noexcept
     const std::string info = MakeInfo(FromNativeName(MakeAbsolute(native)));
     for (int attempt = 0;; ++attempt)
     {
-        const std::string unique = attempt == 0 ? name : name + "." + std::to_string(attempt);
-        const std::string infoFile = trash + "/info/" + unique + ".trashinfo";
+        std::string unique = name;
+        if (attempt != 0)
+            unique.append(".").append(std::to_string(attempt));
+        const std::string infoFile =
+            std::string(trash).append("/info/").append(unique) + ".trashinfo";
         const SystemError error = WriteInfo(infoFile, info);
         if (error == EEXIST)
             continue;
         if (error != 0)
             return error;
-        if (std::rename(native.c_str(), (trash + "/files/" + unique).c_str()) == 0)
+        if (std::rename(native.c_str(),
+                        std::string(trash).append("/files/").append(unique).c_str()) == 0)
             return 0;
         const SystemError moved = ErrorOf(-1);
         unlink(infoFile.c_str());
