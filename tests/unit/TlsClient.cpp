@@ -45,12 +45,6 @@ bool CTlsClient::Send(std::string_view bytes)
     return SSL_write_ex(ssl.get(), bytes.data(), bytes.size(), &count) == 1;
 }
 
-bool CTlsClient::SendWithoutTls(std::string_view bytes)
-{
-    return ::send(socket.Get(), bytes.data(), bytes.size(), 0) ==
-           static_cast<ssize_t>(bytes.size());
-}
-
 std::string CTlsClient::Read(std::size_t count)
 {
     std::string read;

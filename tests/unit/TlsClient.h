@@ -20,11 +20,10 @@ public:
     // Handshake that trusts the authority in that file and expects a certificate for 127.0.0.1.
     bool Handshake(const std::string& authorityPem);
 
-    // Why the certificate was refused (X509_V_ERR_...); X509_V_OK when it was not.
+    // Why the certificate was refused (X509_V_ERR_...); X509_V_OK when none was.
     long GetVerifyResult() const { return SSL_get_verify_result(ssl.get()); }
 
     bool Send(std::string_view bytes);
-    bool SendWithoutTls(std::string_view bytes);
 
     // What comes until `count` bytes are there or the connection ends.
     std::string Read(std::size_t count = std::string::npos);
