@@ -18,10 +18,8 @@ struct Internet
 {
     std::deque<Answer> script;
     std::vector<SentRequest> sent;
-    bool connected = true;
-    std::uint32_t connectedError = 0;
-    platform::EConnectivity connectivity = platform::EConnectivity::Connected;
-    std::uint32_t connectivityError = 0;
+    std::pair<bool, std::uint32_t> connected{true, 0};
+    std::pair<platform::EConnectivity, std::uint32_t> connectivity{};
     int openHandles = 0;
 };
 
@@ -139,16 +137,12 @@ void AddAnswer(Answer answer) { internet->script.push_back(std::move(answer)); }
 
 void SetConnectedState(bool connected, std::uint32_t error)
 {
-    const auto held = internet.Hold();
-    held->connected = connected;
-    held->connectedError = error;
+    internet->connected = {connected, error};
 }
 
 void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error)
 {
-    const auto held = internet.Hold();
-    held->connectivity = connectivity;
-    held->connectivityError = error;
+    internet->connectivity = {connectivity, error};
 }
 
 std::vector<SentRequest> GetSentRequests() { return internet->sent; }
@@ -289,14 +283,14 @@ void CHttpFile::Close()
 
 bool GetConnectedState(const CStopSignal&, std::uint32_t& error)
 {
-    error = internet->connectedError;
-    return internet->connected;
+    error = internet->connected.second;
+    return internet->connected.first;
 }
 
 EConnectivity QueryConnectivity(const CStopSignal&)
 {
-    SetLastSystemError(internet->connectivityError);
-    return internet->connectivity;
+    SetLastSystemError(internet->connectivity.second);
+    return internet->connectivity.first;
 }
 
 } // namespace platform

@@ -253,16 +253,6 @@ TEST_F(CollectorServer, NoticesThatAClientStopsWaiting)
     }
 }
 
-TEST_F(CollectorServer, DisconnectEndsAStalledHandshakeAndServesOn)
-{
-    server.Order(EConnectionFault::StallHandshake);
-    CTlsClient stalled(server.GetPort());
-    ASSERT_TRUE(server.WaitForConnections(1, 10s));
-    server.Disconnect();
-    EXPECT_TRUE(stalled.EndsWithoutTls());
-    EXPECT_THAT(Get("/"), StartsWith("HTTP/1.1 404"));
-}
-
 TEST_F(CollectorServer, RejectsWhatIsMalformedOrTooLarge)
 {
     const std::string large(70000, 'x');
