@@ -22,7 +22,6 @@ using simulated::GetSentRequests;
 
 namespace {
 
-using Texts = std::vector<std::wstring>;
 using Steps = std::vector<double>;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -32,21 +31,6 @@ class CommunicatorTest : public testing::Test
 {
 protected:
     CommunicatorTest() { simulated::Reset(); }
-
-    // The level and the text of each trace since the last take, without "ZoTracker HTTPCOM: ".
-    static Texts TakeTraces()
-    {
-        Texts traces;
-        for (const std::wstring& line : simulated::TakeDebugOutput())
-        {
-            const std::wstring name = L" HTTPCOM: ";
-            std::wstring trace = line.substr(10, line.size() - 11);
-            if (const auto at = trace.find(name); at != trace.npos)
-                trace.replace(at, name.size(), L" ");
-            traces.push_back(trace);
-        }
-        return traces;
-    }
 
     std::string Post(const std::string& body, const std::wstring& url = target)
     {
@@ -63,19 +47,18 @@ protected:
         return content;
     }
 
-    // "code detail" of the last request.
-    std::wstring GetErrors() const
+    // What happened since the last call: the error code and detail, "host|object" of each request
+    // sent, and the level and the text of each trace.
+    std::wstring TakeOutcome() const
     {
-        return std::to_wstring(http.errorCode) + L" " + std::to_wstring(http.errorDetail);
-    }
-
-    // "host|object" of each request sent.
-    static Texts GetTargets()
-    {
-        Texts targets;
+        std::wstring outcome =
+            std::to_wstring(http.errorCode) + L" " + std::to_wstring(http.errorDetail);
         for (const auto& request : GetSentRequests())
-            targets.push_back(request.host + L"|" + request.object);
-        return targets;
+            outcome += L" " + request.host + L"|" + request.object;
+        for (const std::wstring& line : simulated::TakeDebugOutput())
+            outcome += L" <" + line.substr(10, line.size() - 11) + L">"; // without "ZoTracker "
+        simulated::ResetInternet();
+        return outcome;
     }
 
     void OnProgress(std::function<void(double)> callback)
@@ -120,7 +103,7 @@ TEST_F(CommunicatorTest, WholeRequest)
     EXPECT_EQ(simulated::GetOpenInternetHandles(), 1) << "the session alone stays open";
     http.CloseSession();
     EXPECT_EQ(simulated::GetOpenInternetHandles(), 0);
-    EXPECT_EQ(TakeTraces(), Texts{});
+    EXPECT_EQ(TakeOutcome(), L"0 0 collect.example|/collect?z=7");
 }
 
 TEST_F(CommunicatorTest, HeadersChangeOneByOneAndCannotBeSplit)
@@ -170,30 +153,26 @@ TEST_F(CommunicatorTest, AddressesAreSplitAndMadeSecure)
 {
     const struct
     {
-        const wchar_t* url;
-        Texts sentTo, traces;
+        const wchar_t *url, *outcome;
     } cases[] = {
-        {L"https://h", {L"h|"}, {}},
-        {L"https://h?a=1/2", {L"h|?a=1/2"}, {}},
-        {L"https://h:8443/p", {L"h:8443|/p"}, {}},
-        {L"http://a/b?u=http://c/", {L"a|/b?u=https://c/"}, {}},
-        {L"http://a/b?u=https://c/&v=http://d/", {L"a|/b?u=https://c/&v=http://d/"}, {}},
-        {L"http://:::////h/p", {L":::|h/p"}, {}},
-        {L"ftp://h/p", {L"h|ftp://h/p"}, {}},
-        {L"HTTPS://h/p", {L"h|HTTPS://h/p"}, {}},
-        {L"", {}, {L"3 empty URL"}},
-        {L"h/p", {}, {L"3 inncorrect URL h/p"}},
-        {L"://h/p", {}, {L"3 inncorrect URL ://h/p"}},
-        {L"https:///p", {}, {}},
-        {L"http://?p", {}, {}},
+        {L"https://h", L"0 0 h|"},
+        {L"https://h?a=1/2", L"0 0 h|?a=1/2"},
+        {L"https://h:8443/p", L"0 0 h:8443|/p"},
+        {L"http://a/b?u=http://c/", L"0 0 a|/b?u=https://c/"},
+        {L"http://a/b?u=https://c/&v=http://d/", L"0 0 a|/b?u=https://c/&v=http://d/"},
+        {L"http://:::////h/p", L"0 0 :::|h/p"},
+        {L"ftp://h/p", L"0 0 h|ftp://h/p"},
+        {L"HTTPS://h/p", L"0 0 h|HTTPS://h/p"},
+        {L"", L"2 0 <3 HTTPCOM: empty URL>"},
+        {L"h/p", L"2 0 <3 HTTPCOM: inncorrect URL h/p>"},
+        {L"://h/p", L"2 0 <3 HTTPCOM: inncorrect URL ://h/p>"},
+        {L"https:///p", L"2 0"},
+        {L"http://?p", L"2 0"},
     };
     for (const auto& c : cases)
     {
-        simulated::ResetInternet();
         Post("", c.url);
-        EXPECT_EQ(GetTargets(), c.sentTo) << c.url;
-        EXPECT_EQ(GetErrors(), c.sentTo.empty() ? L"2 0" : L"0 0") << c.url;
-        EXPECT_EQ(TakeTraces(), c.traces) << c.url;
+        EXPECT_EQ(TakeOutcome(), c.outcome) << c.url;
     }
 }
 
@@ -201,95 +180,79 @@ TEST_F(CommunicatorTest, AddressesAreSplitAndMadeSecure)
 TEST_F(CommunicatorTest, EveryFailureOfARequest)
 {
     using enum simulated::ENetworkStage;
+    const std::wstring sent = L" h|/p?q=1";
+    const std::wstring exception = L" <3 HTTPCOM: Exception SendRequest>";
+    const std::wstring sendError = L" <3 HTTPCOM: Error SendRequest>";
+    const std::wstring status = L" <3 HTTPCOM: Error HTTP Status ";
+    const std::wstring empty = L" <3 HTTPCOM: empty URL>";
     const struct
     {
         const char* what;
         Answer answer;
-        const wchar_t* errors;
-        const wchar_t* trace;
-        std::size_t sent;
+        std::wstring outcome;
     } cases[] = {
-        {"session", {.failsAt = Session, .error = 12001}, L"5 0", L"3 Exception SendRequest", 0},
-        {"connect", {.failsAt = Connect, .error = 7}, L"3 7", L"3 Error GetHttpConnection", 0},
-        {"open", {.failsAt = OpenRequest, .error = 12009}, L"3 12009", L"3 Error OpenRequest", 0},
-        {"headers", {.failsAt = AddHeaders, .error = 1}, L"5 55", L"3 Exception SendRequest", 0},
-        {"send", {.failsAt = Send, .error = 12029}, L"3 12029", L"3 Error SendRequest", 1},
-        {"write", {.failsAt = Write, .error = 12030}, L"3 12030", L"3 Error SendRequest", 1},
-        {"end", {.failsAt = EndRequest, .error = 12152}, L"3 12152", L"3 Error SendRequest", 1},
-        {"close request", {.failsAt = CloseRequest, .error = 119}, L"4 119", L"3 Exception 119", 1},
-        {"close", {.failsAt = CloseConnection, .error = 106}, L"4 106", L"3 Exception 106", 1},
-        {"no content", {.status = 204}, L"204 204", L"3 Error HTTP Status 204", 1},
-        {"not found", {.status = 404, .body = "x"}, L"404 404", L"3 Error HTTP Status 404", 1},
-        {"see other",
-         {.status = 303, .location = L"/x"},
-         L"303 303",
-         L"3 Error HTTP Status 303",
-         1},
-        {"other verb",
-         {.status = 307, .location = L"/x"},
-         L"307 307",
-         L"3 Error HTTP Status 307",
-         1},
-        {"nowhere", {.status = 302}, L"2 0", L"3 empty URL", 1},
-        {"itself", {.status = 301, .location = L"HTTPS://H/P?q=1"}, L"2 0", L"3 empty URL", 1},
+        {"session", {.failsAt = Session, .error = 12001}, L"5 0" + exception},
+        {"connect", {.failsAt = Connect, .error = 7}, L"3 7 <3 HTTPCOM: Error GetHttpConnection>"},
+        {"open", {.failsAt = OpenRequest, .error = 8}, L"3 8 <3 HTTPCOM: Error OpenRequest>"},
+        {"headers", {.failsAt = AddHeaders, .error = 12150}, L"5 55" + exception},
+        {"send", {.failsAt = Send, .error = 12029}, L"3 12029" + sent + sendError},
+        {"write", {.failsAt = Write, .error = 12030}, L"3 12030" + sent + sendError},
+        {"end", {.failsAt = EndRequest, .error = 12152}, L"3 12152" + sent + sendError},
+        {"close request",
+         {.failsAt = CloseRequest, .error = 119},
+         L"4 119" + sent + L" <3 HTTPCOM: Exception 119>"},
+        {"close",
+         {.failsAt = CloseConnection, .error = 106},
+         L"4 106" + sent + L" <3 HTTPCOM: Exception 106>"},
+        {"no content", {.status = 204}, L"204 204" + sent + status + L"204>"},
+        {"not found", {.status = 404, .body = "x"}, L"404 404" + sent + status + L"404>"},
+        {"other", {.status = 303, .location = L"/x"}, L"303 303" + sent + status + L"303>"},
+        {"temporary", {.status = 307, .location = L"/x"}, L"307 307" + sent + status + L"307>"},
+        {"nowhere", {.status = 302}, L"2 0" + sent + empty},
+        {"itself", {.status = 301, .location = L"HTTPS://H/P?q=1"}, L"2 0" + sent + empty},
         {"its plain self",
          {.status = 302, .location = L"http://H/p?q=1"},
-         L"6 0",
-         L"3 Security Error Redir problem https://h/p?q=1",
-         1},
+         L"6 0" + sent + L" <3 HTTPCOM: Security Error Redir problem https://h/p?q=1>"},
     };
     for (const auto& c : cases)
     {
         http.CloseSession();
-        simulated::ResetInternet();
         simulated::SetConnectivity(EConnectivity::Connected, 55);
         AddAnswer(c.answer);
         EXPECT_EQ(Post("x"), c.answer.body) << c.what;
-        EXPECT_EQ(GetErrors(), c.errors) << c.what;
-        EXPECT_EQ(TakeTraces(), Texts{c.trace}) << c.what;
-        EXPECT_EQ(GetSentRequests().size(), c.sent) << c.what;
         EXPECT_LE(simulated::GetOpenInternetHandles(), 1) << c.what;
         EXPECT_FALSE(http.IsBusy()) << c.what;
+        EXPECT_EQ(TakeOutcome(), c.outcome) << c.what;
     }
     Post("x");
-    EXPECT_EQ(GetErrors(), L"0 0") << "the next request starts afresh";
+    EXPECT_EQ(TakeOutcome(), L"0 0" + sent) << "the next request starts afresh";
 }
 
 TEST_F(CommunicatorTest, WithoutAConnection)
 {
-    const std::wstring noManager = L"9 CZoHTTPComunicator::CheckConnection() # ERROR # "
-                                   L"CoCreateInstance of IID_INetworkListManager failed.";
-    const std::wstring no = L"9 CZoHTTPComunicator::CheckConnection() # ERROR # "
-                            L"Call to get_IsConnectedToInternet failed.";
-    const std::wstring exception = L"3 ERROR CheckConnection EXCEPTION";
-    const std::wstring given = L"3 ERROR CheckConnection";
-    const struct
-    {
-        EConnectivity connectivity;
-        const wchar_t* errors;
-        Texts traces;
-    } cases[] = {
-        {EConnectivity::NotConnected, L"3 31", {no, given}},
-        {EConnectivity::CallFailed, L"3 31", {no, given}},
-        {EConnectivity::ManagerMissing, L"3 31", {noManager, no, given}},
-        {EConnectivity::NoManager, L"0 0", {noManager}}, // a success, as the system reports it
-        {EConnectivity::Exception, L"3 31", {exception, given}},
+    const std::wstring noManager = L" <9 CZoHTTPComunicator::CheckConnection() # ERROR # "
+                                   L"CoCreateInstance of IID_INetworkListManager failed.>";
+    const std::wstring no = L" <9 CZoHTTPComunicator::CheckConnection() # ERROR # "
+                            L"Call to get_IsConnectedToInternet failed.>";
+    const std::wstring exception = L" <3 HTTPCOM: ERROR CheckConnection EXCEPTION>";
+    const std::wstring given = L" <3 HTTPCOM: ERROR CheckConnection>";
+    const std::pair<EConnectivity, std::wstring> cases[] = {
+        {EConnectivity::NotConnected, L"3 31" + no + given},
+        {EConnectivity::CallFailed, L"3 31" + no + given},
+        {EConnectivity::ManagerMissing, L"3 31" + noManager + no + given},
+        {EConnectivity::NoManager, L"0 0 h|/p?q=1" + noManager}, // the system calls it a success
+        {EConnectivity::Exception, L"3 31" + exception + given},
     };
-    for (const auto& c : cases)
+    for (const auto& [connectivity, outcome] : cases)
     {
-        simulated::SetConnectivity(c.connectivity, 31);
+        simulated::SetConnectivity(connectivity, 31);
         Post("x");
-        EXPECT_EQ(GetErrors(), c.errors) << c.traces[0];
-        EXPECT_EQ(TakeTraces(), c.traces);
+        EXPECT_EQ(TakeOutcome(), outcome);
     }
     http.CloseSession();
     simulated::SetConnectedState(false, 87);
     Post("x");
-    EXPECT_EQ(GetErrors(), L"1 87");
-    EXPECT_EQ(TakeTraces(), Texts{L"3 Error GetConnectedState 87"});
-    EXPECT_EQ(simulated::GetOpenInternetHandles(), 0);
-    EXPECT_FALSE(http.OpenSession());
-    simulated::SetConnectedState(true, 0);
+    EXPECT_EQ(TakeOutcome(), L"1 87 <3 HTTPCOM: Error GetConnectedState 87>");
     EXPECT_TRUE(http.OpenSession());
     simulated::SetConnectedState(false, 87);
     EXPECT_TRUE(http.OpenSession()) << "it is open already";
@@ -301,7 +264,8 @@ TEST_F(CommunicatorTest, WhatTheThreadsLastErrorSays)
     OnProgress([](double) { platform::SetLastSystemError(1234); });
     AddAnswer({.status = 302, .location = L"http://h/p?q=1"});
     Post("x");
-    EXPECT_EQ(GetErrors(), L"6 1234");
+    EXPECT_EQ(http.errorCode, 6);
+    EXPECT_EQ(http.errorDetail, 1234u);
 
     OnProgress([](double) {
         platform::SetLastSystemError(77);
@@ -309,7 +273,8 @@ TEST_F(CommunicatorTest, WhatTheThreadsLastErrorSays)
     });
     std::wstring url = target;
     EXPECT_EQ(Perform(url), "");
-    EXPECT_EQ(GetErrors(), L"5 77");
+    EXPECT_EQ(http.errorCode, 5);
+    EXPECT_EQ(http.errorDetail, 77u);
     EXPECT_FALSE(http.IsBusy());
 }
 
@@ -322,8 +287,7 @@ TEST_F(CommunicatorTest, WithoutPlaceForTheAnswerNothingHappens)
     http.PerformRequest(nullptr, &length, url, "x", -1, 0, false, nullptr);
     http.PerformRequest(&content, nullptr, url, "x", -1, 0, false, nullptr);
     EXPECT_EQ(content + std::to_string(length), "kept4");
-    EXPECT_EQ(GetErrors(), L"0 0");
-    EXPECT_EQ(GetTargets(), Texts{});
+    EXPECT_EQ(TakeOutcome(), L"0 0");
 }
 
 TEST_F(CommunicatorTest, UploadGoesInPieces)
@@ -412,8 +376,10 @@ TEST_F(CommunicatorTest, ABrokenBodyKeepsWhatCame)
 {
     AddAnswer({.failsAt = simulated::ENetworkStage::Read, .error = 12031, .body = "half"});
     EXPECT_EQ(Post("x"), "half");
-    EXPECT_EQ(GetErrors(), L"12031 0");
-    EXPECT_EQ(TakeTraces(), Texts(10, L"3 Error read content 12031"));
+    std::wstring outcome = L"12031 0 h|/p?q=1";
+    for (int emptyReads = 0; emptyReads < 10; ++emptyReads)
+        outcome += L" <3 HTTPCOM: Error read content 12031>";
+    EXPECT_EQ(TakeOutcome(), outcome);
 }
 
 TEST_F(CommunicatorTest, LongBodiesArriveWholeAndHaveAnEnd)
@@ -446,7 +412,6 @@ TEST_F(CommunicatorTest, RedirectsAreFollowedWithTheSameRequest)
     for (const auto& c : cases)
         for (const std::uint32_t status : {301u, 302u})
         {
-            simulated::ResetInternet();
             AddAnswer({.status = status,
                        .location = c.location,
                        .contentLocation = c.contentLocation,
@@ -455,12 +420,11 @@ TEST_F(CommunicatorTest, RedirectsAreFollowedWithTheSameRequest)
             std::wstring url = target;
             EXPECT_EQ(Perform(url), "arrived") << c.url;
             EXPECT_EQ(url, c.url);
-            EXPECT_EQ(GetTargets(), (Texts{L"h|/p?q=1", c.sentTo}));
             const auto last = GetSentRequests().back();
             EXPECT_EQ(last.verb, L"POST") << c.url;
             EXPECT_EQ(last.body, "x") << c.url;
             EXPECT_EQ(last.referrer, c.url);
-            EXPECT_EQ(http.errorCode, 0) << c.url;
+            EXPECT_EQ(TakeOutcome(), std::wstring(L"0 0 h|/p?q=1 ") + c.sentTo);
         }
     std::wstring url = L"http://h/p";
     Perform(url);
@@ -490,9 +454,9 @@ TEST_F(CommunicatorTest, AStopEndsAnEndlessChain)
             stop.Request();
     });
     EXPECT_EQ(http.GetContent(L"https://h/a", 0), "");
-    EXPECT_EQ(GetTargets().size(), 1'005u) << "half a second of hops";
+    EXPECT_EQ(GetSentRequests().size(), 1'005u) << "half a second of hops";
+    EXPECT_TRUE(TakeOutcome().ends_with(L"|/a <3 HTTPCOM: ERROR CheckConnection>"));
     EXPECT_EQ(http.errorCode, 3);
-    EXPECT_EQ(TakeTraces(), Texts{L"3 ERROR CheckConnection"});
 }
 
 TEST_F(CommunicatorTest, AStopEndsTheUploadAndTheBody)
@@ -503,8 +467,7 @@ TEST_F(CommunicatorTest, AStopEndsTheUploadAndTheBody)
     });
     EXPECT_EQ(Post(std::string(1'000'000, 'b')), "");
     EXPECT_EQ(GetSentRequests().at(0).writes.size(), 3u);
-    EXPECT_EQ(GetErrors(), L"3 12017");
-    EXPECT_EQ(TakeTraces(), Texts{L"3 Error SendRequest"});
+    EXPECT_EQ(TakeOutcome(), L"3 12017 h|/p?q=1 <3 HTTPCOM: Error SendRequest>");
 
     AddAnswer({.body = std::string(100'000, 'a')});
     EXPECT_EQ(http.GetContent(target, 0).size(), 6 * 8'192u) << "what comes within 1.9 seconds";
@@ -515,7 +478,7 @@ TEST_F(CommunicatorTest, AStalledServerIsLeftAtTheEndOfItsTimeOuts)
 {
     AddAnswer({.delay = 1h, .body = "late"});
     EXPECT_EQ(Post("x"), "");
-    EXPECT_EQ(GetErrors(), L"3 12002");
+    EXPECT_EQ(TakeOutcome(), L"3 12002 h|/p?q=1 <3 HTTPCOM: Error SendRequest>");
     EXPECT_EQ(simulated::GetElapsedMilliseconds(), 245'000);
 }
 
