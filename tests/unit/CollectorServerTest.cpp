@@ -287,7 +287,7 @@ TEST_F(CollectorServer, RejectsWhatIsMalformedOrTooLarge)
 TEST(RequestReader, TakesBytesInAnyPieces)
 {
     const std::string bytes = "POST /a b HTTP/1.1\r\nTransfer-Encoding: Chunked\r\nH:\r\n\r\n"
-                              "2\r\n\r\n\r\n1\r\nx\r\n0\r\n\r\nGET / HTTP/1.1\n\n";
+                              "2\r\n\r\n\r\n1\r\nx\r\n0\r\nT: 1\r\nU: 2\r\n\r\nGET / HTTP/1.1\n\n";
     for (const std::size_t piece : {1U, 2U, 7U, 1000U})
     {
         std::string_view rest = bytes;
