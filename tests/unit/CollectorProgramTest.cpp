@@ -20,7 +20,7 @@ std::pair<int, std::string> RunCollector(
     const std::string& arguments,
     const std::function<void(std::string_view)>& onLine = [](std::string_view) {})
 {
-    const std::string command = "timeout 60 " COLLECTOR_PROGRAM " " + arguments + " 2>&1";
+    const std::string command = "timeout 20 " COLLECTOR_PROGRAM " " + arguments + " 2>&1";
     FILE* pipe = ::popen(command.c_str(), "r");
     std::string output;
     char line[4096];

@@ -194,8 +194,10 @@ TEST_F(CollectorServer, RefusesCertificatesAndConnectionsAsOrdered)
 TEST_F(CollectorServer, RefusesConnectionsAndComesBackOnItsPort)
 {
     CTlsClient open = Connect(server);
+    const auto begin = Clock::now();
     server.Refuse();
     EXPECT_EQ(open.Read(), "");
+    EXPECT_LT(Clock::now() - begin, 2s);
     EXPECT_FALSE(CTlsClient(server.GetPort()).IsConnected());
     server.Accept();
     EXPECT_THAT(Get("/"), StartsWith("HTTP/1.1 404"));
