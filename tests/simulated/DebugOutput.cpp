@@ -1,31 +1,19 @@
 #include "tests/simulated/DebugOutput.h"
 
 #include "platform/DebugOutput.h"
+#include "tests/simulated/State.h"
 
-#include <mutex>
 #include <utility>
 
 namespace simulated {
 
-namespace {
+static CState<std::vector<std::wstring>> lines;
 
-std::mutex mutex;
-std::vector<std::wstring> lines; // guarded by `mutex`
-
-} // namespace
-
-std::vector<std::wstring> TakeDebugOutput()
-{
-    const std::scoped_lock lock(mutex);
-    return std::exchange(lines, {});
-}
-
-void ResetDebugOutput() { TakeDebugOutput(); }
+std::vector<std::wstring> TakeDebugOutput() { return std::exchange(*lines.Hold(), {}); }
 
 } // namespace simulated
 
 void platform::WriteDebugOutput(const std::wstring& line) noexcept
 {
-    const std::scoped_lock lock(simulated::mutex);
-    simulated::lines.push_back(line);
+    simulated::lines->push_back(line);
 }

@@ -8,6 +8,4 @@ namespace simulated {
 // The lines written since the last take, in order.
 std::vector<std::wstring> TakeDebugOutput();
 
-void ResetDebugOutput();
-
 } // namespace simulated

@@ -1,11 +1,11 @@
 #include "tests/simulated/Files.h"
 
 #include "platform/Files.h"
+#include "tests/simulated/State.h"
 #include "tests/simulated/UpperCase.h"
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 #include <utility>
 
 namespace simulated {
@@ -28,8 +28,7 @@ struct Disk
     bool expandingFails = false;
 };
 
-std::mutex mutex;
-Disk disk; // guarded by `mutex`
+CState<Disk> disk;
 
 const std::wstring literalPrefix = L"\\\\?\\";
 
@@ -60,11 +59,14 @@ std::wstring NameOf(const std::wstring& normalized)
     return normalized.substr(normalized.rfind(L'\\') + 1); // npos + 1 is 0
 }
 
-Item* Find(const std::wstring& path)
+// The caller holds `disk`, here and in what follows.
+Item* FindAt(const std::wstring& place)
 {
-    const auto found = disk.items.find(PlaceOf(path));
-    return found == disk.items.end() ? nullptr : &found->second;
+    const auto found = disk->items.find(place);
+    return found == disk->items.end() ? nullptr : &found->second;
 }
+
+Item* Find(const std::wstring& path) { return FindAt(PlaceOf(path)); }
 
 bool IsFolder(const Item* item) { return item != nullptr && item->isFolder; }
 bool IsFile(const Item* item) { return item != nullptr && !item->isFolder; }
@@ -72,67 +74,53 @@ bool IsFile(const Item* item) { return item != nullptr && !item->isFolder; }
 // Whether items may come, go and change in the folder that a path lies in.
 bool MayChangeBeside(const std::wstring& path)
 {
-    const auto folder = disk.items.find(FolderOf(PlaceOf(path)));
-    return folder != disk.items.end() && folder->second.isFolder && !folder->second.readOnly;
+    const Item* folder = FindAt(FolderOf(PlaceOf(path)));
+    return IsFolder(folder) && !folder->readOnly;
 }
 
-// Creates the folder of a normalized path with all above it.
-void MakeFolders(const std::wstring& normalized)
-{
-    for (std::size_t end = normalized.find(L'\\'); end != normalized.npos;
-         end = normalized.find(L'\\', end + 1))
-    {
-        const std::wstring folder = normalized.substr(0, end);
-        disk.items.try_emplace(UpperCase(folder), Item{NameOf(folder), true});
-    }
-}
-
+// Creates or replaces an item, with all folders on its way.
 void Put(const std::wstring& path, bool isFolder, const std::string& bytes)
 {
+    const auto held = disk.Hold();
     const std::wstring normalized = Normalize(path);
-    MakeFolders(normalized);
-    disk.items[UpperCase(normalized)] = {NameOf(normalized), isFolder, false, bytes};
+    for (std::size_t i = 0; (i = normalized.find(L'\\', i)) != normalized.npos; ++i)
+    {
+        const std::wstring folder = normalized.substr(0, i);
+        held->items.try_emplace(UpperCase(folder), Item{NameOf(folder), true});
+    }
+    held->items[UpperCase(normalized)] = {NameOf(normalized), isFolder, false, bytes};
 }
 
 } // namespace
 
-void PutFile(const std::wstring& path, const std::string& bytes)
-{
-    const std::scoped_lock lock(mutex);
-    Put(path, false, bytes);
-}
+void PutFile(const std::wstring& path, const std::string& bytes) { Put(path, false, bytes); }
 
-void PutFolder(const std::wstring& path)
-{
-    const std::scoped_lock lock(mutex);
-    Put(path, true, {});
-}
+void PutFolder(const std::wstring& path) { Put(path, true, {}); }
 
 void RemoveItem(const std::wstring& path)
 {
-    const std::scoped_lock lock(mutex);
     const std::wstring place = PlaceOf(path);
-    std::erase_if(disk.items, [&place](const auto& entry) {
+    std::erase_if(disk->items, [&place](const auto& entry) {
         return entry.first == place || entry.first.starts_with(place + L'\\');
     });
 }
 
 bool FolderExists(const std::wstring& path)
 {
-    const std::scoped_lock lock(mutex);
+    const auto held = disk.Hold();
     return IsFolder(Find(path));
 }
 
 std::optional<std::string> ReadFileBytes(const std::wstring& path)
 {
-    const std::scoped_lock lock(mutex);
+    const auto held = disk.Hold();
     const Item* found = Find(path);
     return IsFile(found) ? std::optional(found->bytes) : std::nullopt;
 }
 
 void SetReadOnly(const std::wstring& path, bool readOnly)
 {
-    const std::scoped_lock lock(mutex);
+    const auto held = disk.Hold();
     if (Item* found = Find(path))
         found->readOnly = readOnly;
 }
@@ -141,107 +129,89 @@ void SetFolderLocked(const std::wstring& path, bool locked) { SetReadOnly(path, 
 
 std::vector<std::wstring> ListFiles(const std::wstring& folder)
 {
-    const std::scoped_lock lock(mutex);
-    const std::wstring place = PlaceOf(folder);
+    const auto held = disk.Hold();
     std::vector<std::wstring> names;
-    for (const auto& [itemPlace, item] : disk.items)
-        if (!item.isFolder && FolderOf(itemPlace) == place)
+    for (const auto& [place, item] : held->items)
+        if (!item.isFolder && FolderOf(place) == PlaceOf(folder))
             names.push_back(item.name);
     return names;
 }
 
-std::vector<std::wstring> TakeStatusQueries()
-{
-    const std::scoped_lock lock(mutex);
-    return std::exchange(disk.statusQueries, {});
-}
+std::vector<std::wstring> TakeStatusQueries() { return std::exchange(disk->statusQueries, {}); }
 
 void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value)
 {
-    const std::scoped_lock lock(mutex);
-    disk.environment[UpperCase(L"%" + name + L"%")] = value;
+    disk->environment[UpperCase(L"%" + name + L"%")] = value;
 }
 
-void SetExpandingFails(bool fails)
-{
-    const std::scoped_lock lock(mutex);
-    disk.expandingFails = fails;
-}
+void SetExpandingFails(bool fails) { disk->expandingFails = fails; }
 
-void ResetFiles()
-{
-    const std::scoped_lock lock(mutex);
-    disk = {};
-}
+void ResetFiles() { disk.Reset(); }
 
 } // namespace simulated
 
 namespace platform {
 
-using simulated::disk;
-using simulated::Item;
+using namespace simulated;
 
 bool FileSystemItemExists(const std::wstring& path)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    disk.statusQueries.push_back(path);
-    return simulated::Find(path) != nullptr;
+    const auto held = disk.Hold();
+    held->statusQueries.push_back(path);
+    return Find(path) != nullptr;
 }
 
 bool CreateFolder(const std::wstring& path)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    if (simulated::Find(path) != nullptr || !simulated::MayChangeBeside(path))
-        return false;
-    simulated::Put(path, true, {});
-    return true;
+    const auto held = disk.Hold();
+    const bool creates = Find(path) == nullptr && MayChangeBeside(path);
+    if (creates)
+        Put(path, true, {});
+    return creates;
 }
 
 bool RemoveFile(const std::wstring& path)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const Item* found = simulated::Find(path);
-    if (!simulated::IsFile(found) || found->readOnly || !simulated::MayChangeBeside(path))
-        return false;
-    disk.items.erase(simulated::PlaceOf(path));
-    return true;
+    const auto held = disk.Hold();
+    const Item* found = Find(path);
+    const bool removes = IsFile(found) && !found->readOnly && MayChangeBeside(path);
+    return removes && held->items.erase(PlaceOf(path)) == 1;
 }
 
 bool ReadWholeFile(const std::wstring& path, std::uint64_t limit, std::string& bytes)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const Item* found = simulated::Find(path);
-    if (!simulated::IsFile(found) || found->bytes.size() > limit)
+    const auto found = ReadFileBytes(path);
+    if (!found || found->size() > limit)
         return false;
-    bytes = found->bytes;
+    bytes = *found;
     return true;
 }
 
 bool ReplaceFileContents(const std::wstring& path, const std::string& bytes)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const Item* found = simulated::Find(path);
+    const auto held = disk.Hold();
+    const Item* found = Find(path);
     const bool refuses = found != nullptr && (found->isFolder || found->readOnly);
-    if (refuses || !simulated::MayChangeBeside(path))
-        return false;
-    simulated::Put(path, false, bytes);
-    return true;
+    const bool replaces = !refuses && MayChangeBeside(path);
+    if (replaces)
+        Put(path, false, bytes);
+    return replaces;
 }
 
 bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring& expanded)
 {
-    const std::scoped_lock lock(simulated::mutex);
+    const auto held = disk.Hold();
     std::wstring result;
     std::wstring_view rest = text;
     while (!rest.empty())
     {
         const std::size_t end = rest.front() == L'%' ? rest.find(L'%', 1) : 0;
         const std::wstring piece(rest.substr(0, end == rest.npos ? end : end + 1));
-        const auto found = disk.environment.find(simulated::UpperCase(piece));
-        result += found == disk.environment.end() ? piece : found->second;
+        const auto found = held->environment.find(UpperCase(piece));
+        result += found == held->environment.end() ? piece : found->second;
         rest.remove_prefix(piece.size());
     }
-    if (disk.expandingFails || result.size() >= limit)
+    if (held->expandingFails || result.size() >= limit)
         return false;
     expanded = result;
     return true;

@@ -11,6 +11,4 @@ void SetHostExecutablePath(const std::wstring& path);
 // is known, as "C:\ProgramData".
 void SetSpecialFolder(int folderId, const std::wstring& path);
 
-void ResetHostPaths();
-
 } // namespace simulated

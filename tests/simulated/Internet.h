@@ -35,11 +35,10 @@ struct Answer
     std::chrono::milliseconds delay{0}; // virtual time until the head of the answer is there
     std::uint32_t status = 200;
     std::uint32_t contentLength = 0; // as declared; 0 is absent
-    std::wstring location;
-    std::wstring contentLocation;
-    std::string body;
-    std::vector<std::size_t> firstReads; // how many bytes the first reads return at the most
-    std::size_t bytesPerRead = 8192;     // and all others
+    std::wstring location = {};
+    std::wstring contentLocation = {};
+    std::string body = {};
+    std::vector<std::size_t> firstReads = {}; // how many bytes the first reads return at the most
 };
 
 struct SentRequest

@@ -14,6 +14,4 @@ std::vector<platform::NotificationIconOptions> GetNotificationIcons();
 // Title and text of the balloons shown since the last take, in order.
 std::vector<std::pair<std::wstring, std::wstring>> TakeBalloons();
 
-void ResetNotificationIcons();
-
 } // namespace simulated

@@ -3,12 +3,13 @@
 #include "platform/Files.h"
 #include "platform/ProfileFile.h"
 #include "tests/simulated/Files.h"
+#include "tests/simulated/State.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/UpperCase.h"
 #include "zotracker/vnosal/VnAString.h"
 
 #include <algorithm>
-#include <mutex>
+#include <cwctype>
 #include <optional>
 #include <utility>
 
@@ -16,8 +17,8 @@ namespace simulated {
 
 namespace {
 
-std::mutex mutex; // held during a whole call, so that two writers do not lose each other's lines
-std::vector<ProfileCall> calls; // guarded by `mutex`
+// Held during a whole call, so that two writers do not lose each other's lines.
+CState<std::vector<ProfileCall>> calls;
 
 constexpr std::string_view utf16Mark = "\xFF\xFE";
 
@@ -167,50 +168,39 @@ std::int32_t ParseInteger(const std::wstring& value)
     const bool negative = text.starts_with(L'-');
     if (negative || text.starts_with(L'+'))
         text.erase(0, 1);
-    std::uint32_t base = 10;
+    int base = 10;
     if (text.starts_with(L"0x") || text.starts_with(L"0o") || text.starts_with(L"0b"))
     {
         base = text[1] == L'x' ? 16 : text[1] == L'o' ? 8 : 2;
         text.erase(0, 2);
     }
-    std::uint32_t number = 0;
-    for (const wchar_t unit : UpperCase(text))
-    {
-        const std::size_t digit = std::wstring_view(L"0123456789ABCDEF").find(unit);
-        if (digit >= base)
-            break;
-        number = number * base + static_cast<std::uint32_t>(digit);
-    }
-    return static_cast<std::int32_t>(negative ? 0 - number : number);
+    const bool hasDigits = std::iswxdigit(static_cast<std::wint_t>(text[0])) != 0;
+    const auto number =
+        static_cast<std::int64_t>(hasDigits ? std::wcstoull(text.c_str(), nullptr, base) : 0);
+    return static_cast<std::int32_t>(negative ? -number : number);
 }
 
 } // namespace
 
-std::vector<ProfileCall> TakeProfileCalls()
-{
-    const std::scoped_lock lock(mutex);
-    return std::exchange(calls, {});
-}
-
-void ResetProfileFile() { TakeProfileCalls(); }
+std::vector<ProfileCall> TakeProfileCalls() { return std::exchange(*calls.Hold(), {}); }
 
 } // namespace simulated
 
 namespace platform {
 
-using simulated::ProfileCall;
+using namespace simulated;
 
 std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,
                             const std::wstring& defaultValue, std::span<wchar_t> buffer,
                             const std::wstring& path)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    simulated::calls.push_back({ProfileCall::EKind::ReadString, section, key, path, buffer.size()});
+    const auto held = calls.Hold();
+    held->push_back({path, buffer.size()});
     if (buffer.empty())
         return 0;
     std::wstring value = defaultValue;
     value.erase(value.find_last_not_of(L' ') + 1); // npos + 1 is 0
-    value = simulated::FindValue(section, key, path).value_or(value);
+    value = FindValue(section, key, path).value_or(value);
     const std::size_t length = value.copy(buffer.data(), buffer.size() - 1);
     buffer[length] = 0;
     return length;
@@ -219,22 +209,21 @@ std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key
 std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key,
                             std::int32_t defaultValue, const std::wstring& path)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    simulated::calls.push_back({ProfileCall::EKind::ReadInt, section, key, path, 0});
-    const std::wstring value = simulated::FindValue(section, key, path).value_or(L"");
-    return value.empty() ? defaultValue : simulated::ParseInteger(value);
+    const auto held = calls.Hold();
+    held->push_back({path, 0});
+    const std::wstring value = FindValue(section, key, path).value_or(L"");
+    return value.empty() ? defaultValue : ParseInteger(value);
 }
 
 bool WriteProfileText(const std::wstring& section, const std::wstring& key,
                       const std::wstring& value, const std::wstring& path)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    simulated::calls.push_back({ProfileCall::EKind::WriteString, section, key, path, 0});
-    const std::string bytes = simulated::ReadFileBytes(path).value_or("");
-    simulated::Lines lines = simulated::SplitLines(simulated::DecodeProfile(bytes));
-    simulated::SetValue(lines, section, key, value);
-    return ReplaceFileContents(
-        path, simulated::EncodeProfile(simulated::JoinLines(lines), simulated::IsUtf16(bytes)));
+    const auto held = calls.Hold();
+    held->push_back({path, 0});
+    const std::string bytes = ReadFileBytes(path).value_or("");
+    Lines lines = SplitLines(DecodeProfile(bytes));
+    SetValue(lines, section, key, value);
+    return ReplaceFileContents(path, EncodeProfile(JoinLines(lines), IsUtf16(bytes)));
 }
 
 } // namespace platform

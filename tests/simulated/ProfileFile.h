@@ -10,22 +10,11 @@ namespace simulated {
 // One call of a profile function, as it was made.
 struct ProfileCall
 {
-    enum class EKind
-    {
-        ReadString,
-        ReadInt,
-        WriteString
-    };
-    EKind kind;
-    std::wstring section;
-    std::wstring key;
     std::wstring path;
     std::size_t bufferSize; // units; 0 unless a string is read
 };
 
 // All calls since the last take, in order.
 std::vector<ProfileCall> TakeProfileCalls();
-
-void ResetProfileFile();
 
 } // namespace simulated

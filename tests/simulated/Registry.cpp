@@ -1,11 +1,10 @@
 #include "tests/simulated/Registry.h"
 
+#include "tests/simulated/State.h"
 #include "tests/simulated/UpperCase.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
-#include <mutex>
 #include <utility>
 
 using platform::ERegistryRoot;
@@ -24,8 +23,7 @@ struct RegistryState
     std::map<ERegistryRoot, ERegistryDenial> denials;
 };
 
-std::mutex mutex;
-RegistryState registry; // guarded by `mutex`
+CState<RegistryState> registry;
 
 bool IsAtOrBelow(const std::wstring& path, const std::wstring& top)
 {
@@ -43,19 +41,20 @@ KeyPath PlaceOf(ERegistryRoot root, const std::wstring& subKey, ERegistryView vi
     return {root, path};
 }
 
-// Creates a key and all that is missing above it.
+// Creates a key and all that is missing above it. The caller holds `registry`, here and in what
+// follows.
 Values& CreateAt(const KeyPath& place)
 {
     const auto& [root, path] = place;
-    for (std::size_t end = path.find(L'\\'); end != path.npos; end = path.find(L'\\', end + 1))
-        registry.keys.try_emplace({root, path.substr(0, end)});
-    return registry.keys[place];
+    for (std::size_t i = 0; (i = path.find(L'\\', i)) != path.npos; ++i)
+        registry->keys.try_emplace({root, path.substr(0, i)});
+    return registry->keys[place];
 }
 
 const RegistryValue* FindAt(const KeyPath& place, const std::wstring& name)
 {
-    const auto key = registry.keys.find(place);
-    if (key == registry.keys.end())
+    const auto key = registry->keys.find(place);
+    if (key == registry->keys.end())
         return nullptr;
     const auto value = key->second.find(UpperCase(name));
     return value == key->second.end() ? nullptr : &value->second;
@@ -63,8 +62,7 @@ const RegistryValue* FindAt(const KeyPath& place, const std::wstring& name)
 
 bool Refuses(ERegistryRoot root, ERegistryDenial denial)
 {
-    const auto found = registry.denials.find(root);
-    return found != registry.denials.end() && found->second == denial;
+    return registry->denials[root] == denial;
 }
 
 } // namespace
@@ -72,18 +70,16 @@ bool Refuses(ERegistryRoot root, ERegistryDenial denial)
 std::vector<std::uint8_t> TerminatedText(const std::wstring& text)
 {
     std::vector<std::uint8_t> bytes;
-    for (std::size_t i = 0; i <= text.size(); ++i) // c_str() ends in the zero
-    {
-        bytes.push_back(static_cast<std::uint8_t>(text.c_str()[i] & 0xFF));
-        bytes.push_back(static_cast<std::uint8_t>(text.c_str()[i] >> 8 & 0xFF));
-    }
+    for (const wchar_t unit : text + L'\0')
+        for (const int shift : {0, 8})
+            bytes.push_back(static_cast<std::uint8_t>(unit >> shift & 0xFF));
     return bytes;
 }
 
 void PutRegistryValue(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
                       const std::wstring& name, const RegistryValue& value)
 {
-    const std::scoped_lock lock(mutex);
+    const auto held = registry.Hold();
     CreateAt(PlaceOf(root, subKey, view))[UpperCase(name)] = value;
 }
 
@@ -96,7 +92,7 @@ void PutRegistryText(ERegistryRoot root, const std::wstring& subKey, ERegistryVi
 std::optional<RegistryValue> FindRegistryValue(ERegistryRoot root, const std::wstring& subKey,
                                                ERegistryView view, const std::wstring& name)
 {
-    const std::scoped_lock lock(mutex);
+    const auto held = registry.Hold();
     const RegistryValue* found = FindAt(PlaceOf(root, subKey, view), name);
     return found == nullptr ? std::nullopt : std::optional(*found);
 }
@@ -105,56 +101,38 @@ std::optional<std::wstring> FindRegistryText(ERegistryRoot root, const std::wstr
                                              ERegistryView view, const std::wstring& name)
 {
     const auto value = FindRegistryValue(root, subKey, view, name);
-    if (!value || value->type != platform::registrySz || value->bytes.size() % 2 != 0)
+    if (!value || value->type != platform::registrySz)
         return std::nullopt;
     std::wstring text;
-    for (std::size_t i = 0; i < value->bytes.size(); i += 2)
+    for (std::size_t i = 0; i + 3 < value->bytes.size(); i += 2)
         text += static_cast<wchar_t>(value->bytes[i] | value->bytes[i + 1] << 8);
-    if (text.empty() || text.back() != 0)
-        return std::nullopt;
-    text.pop_back();
-    return text;
-}
-
-bool RegistryKeyExists(ERegistryRoot root, const std::wstring& subKey, ERegistryView view)
-{
-    const std::scoped_lock lock(mutex);
-    return registry.keys.contains(PlaceOf(root, subKey, view));
+    return value->bytes == TerminatedText(text) ? std::optional(text) : std::nullopt;
 }
 
 void RemoveRegistryKey(ERegistryRoot root, const std::wstring& subKey, ERegistryView view)
 {
-    const std::scoped_lock lock(mutex);
     const KeyPath place = PlaceOf(root, subKey, view);
-    std::erase_if(registry.keys, [&place](const auto& entry) {
-        const auto& [root2, path] = entry.first;
-        return root2 == place.first && IsAtOrBelow(path, place.second);
+    std::erase_if(registry->keys, [&place](const auto& entry) {
+        return entry.first.first == place.first && IsAtOrBelow(entry.first.second, place.second);
     });
 }
 
 void SetRegistryDenial(ERegistryRoot root, ERegistryDenial denial)
 {
-    const std::scoped_lock lock(mutex);
-    registry.denials[root] = denial;
+    registry->denials[root] = denial;
 }
 
-void ResetRegistry()
-{
-    const std::scoped_lock lock(mutex);
-    registry = {};
-}
+void ResetRegistry() { registry.Reset(); }
 
 } // namespace simulated
 
 namespace platform {
 
-using simulated::ERegistryDenial;
-using simulated::registry;
-using simulated::RegistryValue;
+using namespace simulated;
 
 struct CRegistryKey::Native
 {
-    simulated::KeyPath place;
+    KeyPath place;
     ERegistryAccess access;
 };
 
@@ -168,11 +146,10 @@ CRegistryKey::operator bool() const noexcept { return native != nullptr; }
 CRegistryKey CRegistryKey::Open(ERegistryRoot root, const std::wstring& subKey,
                                 ERegistryAccess access, ERegistryView view)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const simulated::KeyPath place = simulated::PlaceOf(root, subKey, view);
-    const bool refused =
-        access == ERegistryAccess::All && simulated::Refuses(root, ERegistryDenial::Opening);
-    if (refused || !registry.keys.contains(place))
+    const auto held = registry.Hold();
+    const KeyPath place = PlaceOf(root, subKey, view);
+    const bool refused = access == ERegistryAccess::All && Refuses(root, ERegistryDenial::Opening);
+    if (refused || !held->keys.contains(place))
         return {};
     return CRegistryKey(std::make_unique<Native>(Native{place, access}));
 }
@@ -180,21 +157,21 @@ CRegistryKey CRegistryKey::Open(ERegistryRoot root, const std::wstring& subKey,
 CRegistryKey CRegistryKey::Create(ERegistryRoot root, const std::wstring& subKey,
                                   ERegistryView view, bool& existed)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const simulated::KeyPath place = simulated::PlaceOf(root, subKey, view);
-    const bool exists = registry.keys.contains(place);
-    if (simulated::Refuses(root, ERegistryDenial::Opening) ||
-        (!exists && simulated::Refuses(root, ERegistryDenial::Creating)))
+    const auto held = registry.Hold();
+    const KeyPath place = PlaceOf(root, subKey, view);
+    const bool exists = held->keys.contains(place);
+    if (Refuses(root, ERegistryDenial::Opening) ||
+        (!exists && Refuses(root, ERegistryDenial::Creating)))
         return {};
-    simulated::CreateAt(place);
+    CreateAt(place);
     existed = exists;
     return CRegistryKey(std::make_unique<Native>(Native{place, ERegistryAccess::All}));
 }
 
 bool CRegistryKey::QueryType(const std::wstring& name, std::uint32_t& type) const
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const RegistryValue* value = native ? simulated::FindAt(native->place, name) : nullptr;
+    const auto held = registry.Hold();
+    const RegistryValue* value = native ? FindAt(native->place, name) : nullptr;
     if (value == nullptr)
         return false;
     type = value->type;
@@ -204,8 +181,8 @@ bool CRegistryKey::QueryType(const std::wstring& name, std::uint32_t& type) cons
 ERegistryQuery CRegistryKey::Query(const std::wstring& name, std::vector<std::uint8_t>& buffer,
                                    std::size_t& size) const
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const RegistryValue* value = native ? simulated::FindAt(native->place, name) : nullptr;
+    const auto held = registry.Hold();
+    const RegistryValue* value = native ? FindAt(native->place, name) : nullptr;
     if (value == nullptr)
         return ERegistryQuery::Failed;
     size = value->bytes.size();
@@ -218,14 +195,14 @@ ERegistryQuery CRegistryKey::Query(const std::wstring& name, std::vector<std::ui
 bool CRegistryKey::Set(const std::wstring& name, std::uint32_t type,
                        const std::vector<std::uint8_t>& bytes)
 {
-    const std::scoped_lock lock(simulated::mutex);
+    const auto held = registry.Hold();
     if (!native || native->access != ERegistryAccess::All ||
-        simulated::Refuses(native->place.first, ERegistryDenial::Setting))
+        Refuses(native->place.first, ERegistryDenial::Setting))
         return false;
-    const auto key = registry.keys.find(native->place);
-    if (key == registry.keys.end())
+    const auto key = held->keys.find(native->place);
+    if (key == held->keys.end())
         return false;
-    key->second[simulated::UpperCase(name)] = {type, bytes};
+    key->second[UpperCase(name)] = {type, bytes};
     return true;
 }
 

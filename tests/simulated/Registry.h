@@ -47,9 +47,6 @@ std::optional<std::wstring> FindRegistryText(platform::ERegistryRoot root,
                                              platform::ERegistryView view,
                                              const std::wstring& name);
 
-bool RegistryKeyExists(platform::ERegistryRoot root, const std::wstring& subKey,
-                       platform::ERegistryView view);
-
 // Removes a key with all keys below it.
 void RemoveRegistryKey(platform::ERegistryRoot root, const std::wstring& subKey,
                        platform::ERegistryView view);

@@ -1,30 +1,29 @@
 #include "tests/simulated/Simulated.h"
 
-#include "tests/simulated/DebugOutput.h"
-#include "tests/simulated/Files.h"
-#include "tests/simulated/HostPaths.h"
-#include "tests/simulated/Internet.h"
-#include "tests/simulated/NotificationIcon.h"
-#include "tests/simulated/ProfileFile.h"
-#include "tests/simulated/Registry.h"
-#include "tests/simulated/SystemFacts.h"
-#include "tests/simulated/VersionResource.h"
+#include "tests/simulated/State.h"
 #include "tests/simulated/VirtualTime.h"
+
+#include <vector>
 
 namespace simulated {
 
+namespace {
+
+std::vector<CResettable*>& GetStates()
+{
+    static auto& states = *new std::vector<CResettable*>;
+    return states;
+}
+
+} // namespace
+
+CResettable::CResettable() { GetStates().push_back(this); }
+
 void Reset()
 {
-    ResetDebugOutput();
-    ResetFiles();
-    ResetHostPaths();
-    ResetInternet();
-    ResetNotificationIcons();
-    ResetProfileFile();
-    ResetRegistry();
-    ResetSystemFacts();
+    for (CResettable* state : GetStates())
+        state->Reset();
     ResetTime();
-    ResetVersionResource();
 }
 
 } // namespace simulated

@@ -1,12 +1,15 @@
 #include "tests/simulated/SystemFacts.h"
 
+#include "tests/simulated/State.h"
+
 #include <deque>
-#include <mutex>
 #include <utility>
 
 namespace simulated {
 
 namespace {
+
+std::uint32_t factsMade = 0;
 
 struct Facts
 {
@@ -17,129 +20,88 @@ struct Facts
     std::uint16_t languageId = 0x0409;
     platform::ScreenSize screen = {1024, 768};
     std::optional<std::wstring> computerName = L"COMPUTER";
-    platform::ProcessorVendor vendor = {0x6C65746E, 0x49656E69}; // "ntel", "ineI"
-    std::vector<platform::NetworkAdapter> adapters;
     std::deque<std::int32_t> draws;
     std::vector<std::uint32_t> seeds;
+    std::uint32_t number = ++factsMade; // a new one makes each thread's generator new
 };
 
-std::mutex mutex;
-Facts facts;              // guarded by `mutex`
-std::uint32_t testsBegun; // guarded by `mutex`; a new one makes each thread's generator new
+CState<Facts> facts;
 
 // The Windows runtime keeps one generator per thread and starts each from 1.
 struct Generator
 {
-    std::uint32_t test;
-    std::uint32_t state;
+    std::uint32_t factsNumber = 0;
+    std::uint32_t state = 1;
 };
-thread_local Generator generator = {0, 1};
+thread_local Generator generator;
 
-// The calling thread's generator. The caller holds `mutex`.
-Generator& CurrentGenerator()
+std::uint32_t& CurrentGenerator()
 {
-    if (generator.test != testsBegun)
-        generator = {testsBegun, 1};
-    return generator;
-}
-
-template <class Fact>
-void Set(Fact Facts::*field, Fact value)
-{
-    const std::scoped_lock lock(mutex);
-    facts.*field = std::move(value);
-}
-
-template <class Fact>
-Fact Get(Fact Facts::*field)
-{
-    const std::scoped_lock lock(mutex);
-    return facts.*field;
+    if (const std::uint32_t number = facts->number; generator.factsNumber != number)
+        generator = {number, 1};
+    return generator.state;
 }
 
 } // namespace
 
-void SetVersionEx(std::optional<platform::SystemVersion> version) { Set(&Facts::version, version); }
-void SetPackedVersion(std::uint32_t version) { Set(&Facts::packedVersion, version); }
-void SetNativeArchitecture(std::optional<std::uint16_t> number)
-{
-    Set(&Facts::architecture, number);
-}
-void SetUserDefaultLanguageId(std::uint16_t languageId) { Set(&Facts::languageId, languageId); }
-void SetScreenSize(platform::ScreenSize size) { Set(&Facts::screen, size); }
-void SetComputerName(std::optional<std::wstring> name)
-{
-    Set(&Facts::computerName, std::move(name));
-}
-void SetProcessorVendor(platform::ProcessorVendor vendor) { Set(&Facts::vendor, vendor); }
-void SetNetworkAdapters(std::vector<platform::NetworkAdapter> adapters)
-{
-    Set(&Facts::adapters, std::move(adapters));
-}
+void SetVersionEx(std::optional<platform::SystemVersion> version) { facts->version = version; }
+void SetPackedVersion(std::uint32_t version) { facts->packedVersion = version; }
+void SetNativeArchitecture(std::optional<std::uint16_t> number) { facts->architecture = number; }
+void SetUserDefaultLanguageId(std::uint16_t languageId) { facts->languageId = languageId; }
+void SetScreenSize(platform::ScreenSize size) { facts->screen = size; }
+void SetComputerName(std::optional<std::wstring> name) { facts->computerName = std::move(name); }
 
-std::size_t CountArchitectureQueries() { return Get(&Facts::architectureQueries); }
+std::size_t CountArchitectureQueries() { return facts->architectureQueries; }
 
 void PutDraws(const std::vector<std::int32_t>& draws)
 {
-    const std::scoped_lock lock(mutex);
-    facts.draws.insert(facts.draws.end(), draws.begin(), draws.end());
+    const auto held = facts.Hold();
+    held->draws.insert(held->draws.end(), draws.begin(), draws.end());
 }
 
-std::vector<std::uint32_t> TakeSeeds()
-{
-    const std::scoped_lock lock(mutex);
-    return std::exchange(facts.seeds, {});
-}
-
-void ResetSystemFacts()
-{
-    const std::scoped_lock lock(mutex);
-    facts = {};
-    ++testsBegun;
-}
+std::vector<std::uint32_t> TakeSeeds() { return std::exchange(facts->seeds, {}); }
 
 } // namespace simulated
 
 namespace platform {
 
-using simulated::Facts;
-using simulated::facts;
+using namespace simulated;
 
 bool QueryVersionEx(SystemVersion& version)
 {
-    const auto known = simulated::Get(&Facts::version);
+    const auto known = facts->version;
     version = known.value_or(version);
     return known.has_value();
 }
 
-std::uint32_t QueryPackedVersion() { return simulated::Get(&Facts::packedVersion); }
+std::uint32_t QueryPackedVersion() { return facts->packedVersion; }
 
 bool QueryNativeArchitecture(std::uint16_t& architecture)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    ++facts.architectureQueries;
-    architecture = facts.architecture.value_or(architecture);
-    return facts.architecture.has_value();
+    const auto held = facts.Hold();
+    ++held->architectureQueries;
+    architecture = held->architecture.value_or(architecture);
+    return held->architecture.has_value();
 }
 
-std::uint16_t GetUserDefaultLanguageId() { return simulated::Get(&Facts::languageId); }
+std::uint16_t GetUserDefaultLanguageId() { return facts->languageId; }
 
-std::uint32_t GetAnsiCodePage() { return simulated::ansiCodePage; }
+std::uint32_t GetAnsiCodePage() { return ansiCodePage; }
 
-ScreenSize GetScreenSize() { return simulated::Get(&Facts::screen); }
+ScreenSize GetScreenSize() { return facts->screen; }
 
 bool QueryComputerName(std::size_t limit, std::wstring& name)
 {
-    const auto known = simulated::Get(&Facts::computerName);
+    const auto known = facts->computerName;
     if (!known || known->size() >= limit)
         return false;
     name = *known;
     return true;
 }
 
-ProcessorVendor QueryProcessorVendor() { return simulated::Get(&Facts::vendor); }
+ProcessorVendor QueryProcessorVendor() { return {0x6C65746E, 0x49656E69}; } // "ntel", "ineI"
 
-std::vector<NetworkAdapter> ListNetworkAdapters() { return simulated::Get(&Facts::adapters); }
+std::vector<NetworkAdapter> ListNetworkAdapters() { return {}; }
 
 bool IsAlphanumeric(wchar_t unit)
 {
@@ -154,21 +116,20 @@ bool IsAlphanumeric(wchar_t unit)
 
 void SeedRandom(std::uint32_t seed)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    facts.seeds.push_back(seed);
-    simulated::CurrentGenerator().state = seed;
+    facts->seeds.push_back(seed);
+    CurrentGenerator() = seed;
 }
 
 std::int32_t DrawRandom()
 {
-    const std::scoped_lock lock(simulated::mutex);
-    if (!facts.draws.empty())
+    const auto held = facts.Hold();
+    if (!held->draws.empty())
     {
-        const std::int32_t draw = facts.draws.front();
-        facts.draws.pop_front();
+        const std::int32_t draw = held->draws.front();
+        held->draws.pop_front();
         return draw;
     }
-    std::uint32_t& state = simulated::CurrentGenerator().state;
+    std::uint32_t& state = CurrentGenerator();
     state = state * 214013 + 2531011;
     return static_cast<std::int32_t>(state >> 16 & 0x7FFF);
 }

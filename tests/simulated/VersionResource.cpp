@@ -1,10 +1,9 @@
 #include "tests/simulated/VersionResource.h"
 
 #include "platform/VersionResource.h"
+#include "tests/simulated/State.h"
 #include "tests/simulated/UpperCase.h"
 
-#include <cstring>
-#include <mutex>
 #include <tuple>
 
 namespace simulated {
@@ -13,92 +12,58 @@ namespace {
 
 struct VersionResources
 {
-    std::vector<VersionInfo> contents;               // all that were ever set
-    std::map<std::wstring, std::size_t> indexOfFile; // by upper-case path
+    std::vector<VersionInfo> contents;                // all that were ever set
+    std::map<std::wstring, std::uint8_t> indexOfFile; // by upper-case path
     std::size_t reads = 0;
 };
 
-std::mutex mutex;
-VersionResources resources; // guarded by `mutex`
+CState<VersionResources> resources;
 
 // A resource's block holds nothing but the index of its contents, which stay as they were read.
-std::vector<std::uint8_t> BlockOf(std::size_t index)
+VersionInfo ContentsOf(const std::vector<std::uint8_t>& block)
 {
-    std::vector<std::uint8_t> block(sizeof(index));
-    std::memcpy(block.data(), &index, sizeof(index));
-    return block;
-}
-
-const VersionInfo* ContentsOf(const std::vector<std::uint8_t>& block)
-{
-    std::size_t index = 0;
-    if (block.size() != sizeof(index))
-        return nullptr;
-    std::memcpy(&index, block.data(), sizeof(index));
-    return index < resources.contents.size() ? &resources.contents[index] : nullptr;
+    return block.empty() ? VersionInfo{} : resources->contents.at(block[0]);
 }
 
 } // namespace
 
 void SetVersionInfo(const std::wstring& path, const VersionInfo& info)
 {
-    VersionInfo filed{info.translations, {}};
+    const auto held = resources.Hold();
+    held->indexOfFile[UpperCase(path)] = static_cast<std::uint8_t>(held->contents.size());
+    VersionInfo& filed = held->contents.emplace_back(info.translations);
     for (const auto& [name, text] : info.texts)
         filed.texts[UpperCase(name)] = text;
-    const std::scoped_lock lock(mutex);
-    resources.indexOfFile[UpperCase(path)] = resources.contents.size();
-    resources.contents.push_back(filed);
 }
 
-void RemoveVersionInfo(const std::wstring& path)
-{
-    const std::scoped_lock lock(mutex);
-    resources.indexOfFile.erase(UpperCase(path));
-}
-
-std::size_t CountVersionResourceReads()
-{
-    const std::scoped_lock lock(mutex);
-    return resources.reads;
-}
-
-void ResetVersionResource()
-{
-    const std::scoped_lock lock(mutex);
-    resources = {};
-}
+std::size_t CountVersionResourceReads() { return resources->reads; }
 
 } // namespace simulated
 
 namespace platform {
 
+using namespace simulated;
+
 CVersionResource::CVersionResource(const std::wstring& filePath)
 {
-    const std::scoped_lock lock(simulated::mutex);
-    ++simulated::resources.reads;
-    const auto found = simulated::resources.indexOfFile.find(simulated::UpperCase(filePath));
-    if (found != simulated::resources.indexOfFile.end())
-        block = simulated::BlockOf(found->second);
+    const auto held = resources.Hold();
+    ++held->reads;
+    const auto found = held->indexOfFile.find(UpperCase(filePath));
+    if (found != held->indexOfFile.end())
+        block = {found->second};
 }
 
 bool CVersionResource::QueryFirstTranslation(std::uint16_t& language, std::uint16_t& codePage) const
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const simulated::VersionInfo* info = simulated::ContentsOf(block);
-    if (info == nullptr || info->translations.empty())
-        return false;
-    std::tie(language, codePage) = info->translations.front();
-    return true;
+    const VersionInfo info = ContentsOf(block);
+    if (!info.translations.empty())
+        std::tie(language, codePage) = info.translations.front();
+    return !info.translations.empty();
 }
 
 std::wstring CVersionResource::QueryText(const std::wstring& path) const
 {
-    const std::scoped_lock lock(simulated::mutex);
-    const simulated::VersionInfo* info = simulated::ContentsOf(block);
-    if (info == nullptr)
-        return {};
-    const auto found = info->texts.find(simulated::UpperCase(path));
-    return found == info->texts.end() ? std::wstring() : found->second;
+    return ContentsOf(block).texts[UpperCase(path)];
 }
 
 } // namespace platform

@@ -17,11 +17,8 @@ struct VersionInfo
 
 // Gives the file at `path` version information; the file itself need not be on the disk.
 void SetVersionInfo(const std::wstring& path, const VersionInfo& info);
-void RemoveVersionInfo(const std::wstring& path);
 
 // How many version resources were read, with or without success.
 std::size_t CountVersionResourceReads();
-
-void ResetVersionResource();
 
 } // namespace simulated

@@ -28,27 +28,19 @@ CTlsClient::CTlsClient(int port) : socket(::socket(AF_INET, SOCK_STREAM | SOCK_C
 bool CTlsClient::Handshake(const std::string& authorityPem)
 {
     ERR_clear_error();
-    context.reset(SSL_CTX_new(TLS_client_method()));
-    SSL_CTX_set_verify(context.get(), SSL_VERIFY_PEER, nullptr);
-    if (SSL_CTX_load_verify_locations(context.get(), authorityPem.c_str(), nullptr) != 1)
-        return false;
-    ssl.reset(SSL_new(context.get()));
+    SSL_CTX* context = SSL_CTX_new(TLS_client_method());
+    SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
+    SSL_CTX_load_verify_locations(context, authorityPem.c_str(), nullptr);
+    ssl.reset(SSL_new(context));
+    SSL_CTX_free(context); // shared with `ssl`
     X509_VERIFY_PARAM_set1_ip_asc(SSL_get0_param(ssl.get()), "127.0.0.1");
     SSL_set_fd(ssl.get(), socket.Get());
     return SSL_connect(ssl.get()) == 1;
 }
 
-bool CTlsClient::Send(std::string_view bytes)
+void CTlsClient::Send(const std::string& bytes)
 {
-    std::size_t count = 0;
-    ERR_clear_error();
-    return SSL_write_ex(ssl.get(), bytes.data(), bytes.size(), &count) == 1;
-}
-
-bool CTlsClient::SendWithoutTls(std::string_view bytes)
-{
-    return ::send(socket.Get(), bytes.data(), bytes.size(), 0) ==
-           static_cast<ssize_t>(bytes.size());
+    SSL_write(ssl.get(), bytes.data(), static_cast<int>(bytes.size()));
 }
 
 std::string CTlsClient::Read(std::size_t count)
@@ -69,10 +61,4 @@ std::string CTlsClient::Read(std::size_t count)
 bool CTlsClient::WasClosedProperly() const
 {
     return (SSL_get_shutdown(ssl.get()) & SSL_RECEIVED_SHUTDOWN) != 0;
-}
-
-bool CTlsClient::EndsWithoutTls()
-{
-    char byte = 0;
-    return ::recv(socket.Get(), &byte, 1, 0) == 0;
 }

@@ -5,7 +5,6 @@
 #include <memory>
 #include <openssl/ssl.h>
 #include <string>
-#include <string_view>
 
 // A client that sends exactly the given bytes and returns exactly what comes back. Its waits end
 // after 10 seconds, so a server that does not answer fails a test instead of hanging it.
@@ -20,11 +19,10 @@ public:
     // Handshake that trusts the authority in that file and expects a certificate for 127.0.0.1.
     bool Handshake(const std::string& authorityPem);
 
-    // Why the certificate was refused (X509_V_ERR_...); X509_V_OK when it was not.
+    // Why the certificate was refused (X509_V_ERR_...); X509_V_OK when none was.
     long GetVerifyResult() const { return SSL_get_verify_result(ssl.get()); }
 
-    bool Send(std::string_view bytes);
-    bool SendWithoutTls(std::string_view bytes);
+    void Send(const std::string& bytes);
 
     // What comes until `count` bytes are there or the connection ends.
     std::string Read(std::size_t count = std::string::npos);
@@ -32,17 +30,8 @@ public:
     // True when Read() came to an end that the server announced within TLS.
     bool WasClosedProperly() const;
 
-    // True when the connection has ended without a byte.
-    bool EndsWithoutTls();
-
 private:
-    struct Deleter
-    {
-        void operator()(SSL* object) const { SSL_free(object); }
-        void operator()(SSL_CTX* object) const { SSL_CTX_free(object); }
-    };
     collector::CSocket socket;
     bool connected = false;
-    std::unique_ptr<SSL_CTX, Deleter> context;
-    std::unique_ptr<SSL, Deleter> ssl;
+    std::unique_ptr<SSL, decltype(&SSL_free)> ssl{nullptr, &SSL_free};
 };
