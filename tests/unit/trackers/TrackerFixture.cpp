@@ -16,11 +16,17 @@ constexpr const wchar_t* computerKey = L"CLSID\\{7C2A9E14-3F60-4b8d-92E5-A1D4706
 constexpr const wchar_t* userKey = L"CLSID\\{A3D17F52-6B0E-4C19-8E2A-5F71C03B9D64}";
 constexpr const wchar_t* knownId = L"0123456789abcdef0123456789abcdef";
 
+void PutVersion(const std::wstring& path, const wchar_t* product, const wchar_t* version)
+{
+    simulated::SetVersionInfo(path, {{{0x409, 1200}},
+                                     {{L"\\StringFileInfo\\040904b0\\ProductName", product},
+                                      {L"\\StringFileInfo\\040904b0\\ProductVersion", version}}});
+}
+
 } // namespace
 
-void TrackerFixture::Prepare()
+TrackerFixture::TrackerFixture()
 {
-    tracker.reset();
     simulated::Reset();
     env::ResetProcessCache();
     simulated::PutFolder(L"C:\\ProgramData");
@@ -36,14 +42,6 @@ void TrackerFixture::Prepare()
                                 {platform::registrySz, bytes});
     simulated::SetUnixTime(1000);
     simulated::SetTickMilliseconds(5000);
-}
-
-void TrackerFixture::PutVersion(const std::wstring& path, const wchar_t* product,
-                                const wchar_t* version)
-{
-    simulated::SetVersionInfo(path, {{{0x409, 1200}},
-                                     {{L"\\StringFileInfo\\040904b0\\ProductName", product},
-                                      {L"\\StringFileInfo\\040904b0\\ProductVersion", version}}});
 }
 
 void TrackerFixture::PutConfig(const std::string& installLines, const std::string& sections,

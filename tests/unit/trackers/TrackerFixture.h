@@ -25,11 +25,7 @@ using Times = std::vector<std::int64_t>;
 class TrackerFixture : public testing::Test
 {
 protected:
-    TrackerFixture() { Prepare(); }
-
-    void Prepare();
-    static void PutVersion(const std::wstring& path, const wchar_t* product,
-                           const wchar_t* version);
+    TrackerFixture();
 
     // Enables tracking and adds the lines to the section "install".
     static void PutConfig(const std::string& installLines, const std::string& sections = uaSection,

@@ -100,7 +100,7 @@ TEST_P(TrackersTest, SendNothingWhileDisabledAndDropOneHitARound)
         EXPECT_EQ(GetTimes().size(), enabled ? 3u : 0u) << value;
         tracker->SetTrackingEnabled(true);
         simulated::AdvanceTime(4s);
-        EXPECT_EQ(GetTimes().size(), enabled ? 3u : 2u) << "the third and the report";
+        EXPECT_EQ(GetTimes().size(), enabled ? 3u : 2u) << value; // the third and the report
     }
 }
 
