@@ -104,6 +104,17 @@ TEST_F(KpiTest, InitializeReadsBesideTheHostsPath)
     EXPECT_EQ(tracker->GetProductName(), L"App");
 }
 
+TEST_F(KpiTest, WithoutAnInternetSessionNothingIsSent)
+{
+    simulated::Answer none;
+    none.failsAt = simulated::ENetworkStage::Session;
+    none.error = platform::internetTimeout;
+    simulated::AddAnswer(none);
+    tracker = std::make_shared<CZoTrackerPiWik>();
+    SendPageview();
+    EXPECT_EQ(GetTexts(), Texts{});
+}
+
 TEST_F(KpiTest, OddProductNamesStayInTheirPlace)
 {
     Start<CZoTrackerPiWik>();
