@@ -235,19 +235,6 @@ TEST_F(ClassicTest, OnlyARefusedFirstHitTakesTheSessionBack)
     EXPECT_EQ(FindState(), L"1 1002 1002 3 2004 ") << "but hits are counted";
 }
 
-TEST_F(ClassicTest, TheHistoryIsSavedAtTheEndOfTheProcessToo)
-{
-    StartTracker();
-    tracker->TrackEvent(L"A", L"B", L"", L"", L"");
-    simulated::AdvanceTime(4s);
-    simulated::EndProcess();
-    tracker.reset();
-    const std::string saved =
-        simulated::ReadFileBytes(L"C:\\ProgramData\\veltrano\\Tidy Desk\\tallyhive.xml")
-            .value_or("");
-    EXPECT_NE(saved.find(">1</"), std::string::npos) << saved;
-}
-
 TEST_F(ClassicTest, ATesterSeesEachHit)
 {
     PutConfig("TrackingTraceBalloon=1\r\nPHASH=p\r\n");

@@ -115,13 +115,4 @@ TEST_F(KpiTest, WithoutAnInternetSessionNothingIsSent)
     EXPECT_EQ(GetTexts(), Texts{});
 }
 
-TEST_F(KpiTest, OddProductNamesStayInTheirPlace)
-{
-    Start<CZoTrackerPiWik>();
-    tracker->SetProductName(L"a\"b\r\nX: #&\x20AC");
-    SendPageview();
-    EXPECT_EQ(GetTails(L"&_cvar"),
-              Texts{L"&_cvar={\"1\":[\"product\",%20\"a\"b%0D%0AX:%20%23&%E2%82%AC\"]}"});
-}
-
 } // namespace

@@ -233,15 +233,4 @@ TEST_F(UaTest, DestructionEndsAnEndlessRedirect)
     }
 }
 
-TEST_F(UaTest, OddTextsStayInTheirPlace)
-{
-    StartTracker();
-    tracker->SetProductName(L"a\r\nX: \xD83D\xDE00");
-    tracker->TrackEvent(L"\xD83D\xDE00", L"\x20AC", L"\n", L"", L"");
-    simulated::AdvanceTime(2s);
-    EXPECT_EQ(GetHits(), Texts{L"&t=event&ec=%D83D%DE00&ea=%20AC&el=%A&ev=0"});
-    EXPECT_TRUE(simulated::GetSentRequests().at(0).headers.ends_with(
-        L"User-Agent: a  X: \xD83D\xDE00/3.2.1 (Windows NT 6.1; WOW64)\r\n"));
-}
-
 } // namespace
