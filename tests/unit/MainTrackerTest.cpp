@@ -62,6 +62,7 @@ TEST_F(MainTrackerTest, TheLastReferenceEndsItForGood)
     DestroyTrackerInstance();
     EXPECT_EQ(tracker->GetInterfaceVersion(), 8450u) << "one reference is left";
     DestroyTrackerInstance();
+    EXPECT_EQ(GetTrackerInstance(), nullptr);
     DestroyTrackerInstance();
     EXPECT_EQ(GetTrackerInstance(), nullptr);
     EXPECT_NE(GetKPITrackerInstance(), nullptr) << "the other one has its own life";

@@ -183,6 +183,7 @@ TEST_F(SessionTest, OddValuesCountAsTheirDefaults)
     simulated::SetUnixTime(9);
     for (const auto& c : cases)
     {
+        simulated::RemoveRegistryKey(ERegistryRoot::ClassesRoot, sessionKey, ERegistryView::View32);
         Put(ERegistryRoot::ClassesRoot, L"FV", L"7");
         Put(ERegistryRoot::ClassesRoot, L"SID", c.sid);
         CVisitorState state;
@@ -192,6 +193,9 @@ TEST_F(SessionTest, OddValuesCountAsTheirDefaults)
         state.CountRequest(store, 0);
         EXPECT_EQ(state.GetVisit().sessionHitNumber, c.hit);
         EXPECT_EQ(Find(ERegistryRoot::ClassesRoot, L"PVC"), c.nextPvc);
+        EXPECT_EQ(state.GetVisit().previousVisitTime, L"7") << "there is no later one";
+        state.RollBackSessionStart(store);
+        EXPECT_EQ(Find(ERegistryRoot::ClassesRoot, L"LV"), L"7");
     }
 }
 
