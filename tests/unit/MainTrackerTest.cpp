@@ -17,6 +17,7 @@ protected:
     {
         simulated::Reset();
         env::ResetProcessCache();
+        PutConfig("[UA]\r\nEnabled=1\r\nId=U\r\n");
     }
 
     static void PutConfig(const std::string& text)
@@ -34,8 +35,8 @@ TEST_F(MainTrackerTest, ThePresenceOfTheKeyChoosesTheMeasurementProtocol)
     } cases[] = {
         {"[UA]\r\nEnabled=1\r\nId=U\r\n", true},
         {"[UA]\r\nEnabled=0\r\n", true},
-        {"[UA]\r\nEnabled=\r\n", false}, // no value, no key          {"[UA]\r\nEnabled=x\r\n",
-                                         // true},
+        {"[UA]\r\nEnabled=x\r\n", true},
+        {"[UA]\r\nEnabled=\r\n", false}, // no value, no key
         {"[UA]\r\nEnabled=-1\r\n", false},
         {"[UA]\r\nId=U\r\n", false},
         {"[install]\r\nEnabled=1\r\n", false},
@@ -45,19 +46,16 @@ TEST_F(MainTrackerTest, ThePresenceOfTheKeyChoosesTheMeasurementProtocol)
         PutConfig(c.config);
         const app::CZoTrackerApp application;
         EXPECT_EQ(app::uaTracker.Get() != nullptr, c.chosen) << c.config;
-        if (c.chosen)
-        {
-            EXPECT_EQ(GetTrackerInstance(), app::uaTracker.Get()) << c.config;
-        }
+        EXPECT_NE(app::classicTracker.Get() != nullptr, c.chosen) << c.config;
+        EXPECT_NE(GetTrackerInstance(), nullptr) << c.config;
         EXPECT_NE(GetKPITrackerInstance(), nullptr) << c.config;
     }
-    EXPECT_EQ(app::uaTracker.Get(), nullptr) << "an unload ends what is still held";
-    EXPECT_EQ(app::kpiTracker.Get(), nullptr);
+    EXPECT_EQ(GetTrackerInstance(), nullptr) << "an unload ends what is still held";
+    EXPECT_EQ(GetKPITrackerInstance(), nullptr);
 }
 
 TEST_F(MainTrackerTest, TheLastReferenceEndsItForGood)
 {
-    PutConfig("[UA]\r\nEnabled=1\r\nId=U\r\n");
     const app::CZoTrackerApp application;
     ITracker* const tracker = GetTrackerInstance();
     EXPECT_EQ(GetTrackerInstance(), tracker);
@@ -72,7 +70,6 @@ TEST_F(MainTrackerTest, TheLastReferenceEndsItForGood)
 
 TEST_F(MainTrackerTest, AReleaseWithoutAReferenceEndsItToo)
 {
-    PutConfig("[UA]\r\nEnabled=1\r\nId=U\r\n");
     const app::CZoTrackerApp application;
     DestroyTrackerInstance();
     EXPECT_EQ(GetTrackerInstance(), nullptr);

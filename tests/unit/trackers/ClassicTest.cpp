@@ -1,0 +1,286 @@
+#include "tests/simulated/DebugOutput.h"
+#include "tests/simulated/Files.h"
+#include "tests/simulated/NotificationIcon.h"
+#include "tests/simulated/Registry.h"
+#include "tests/simulated/SystemFacts.h"
+#include "tests/unit/trackers/TrackerFixture.h"
+#include "trackers/classic/CZoTracker.h"
+#include "trackers/classic/ClassicRequest.h"
+#include "trackers/classic/PurchaseHits.h"
+
+#include <limits>
+
+using namespace std::chrono_literals;
+using namespace trackers;
+using platform::EInternetOption;
+
+namespace {
+
+// Of the digests of "UA-73051829-04" and of the computer's identifier "id" with "Tidy Desk".
+const std::wstring domainHash = L"495297100";
+const std::wstring visitorNumber = L"1015449495252549856991015048575755"
+                                   L"5157569853555056491019854985597100";
+const std::wstring otherVisitorNumber = L"10098102495210097515749991015798545"
+                                        L"29957509950545755100569848525056100"; // with "App"
+const std::wstring productUserId = L"e611446b8ce20997398b57281eb6b7ad";
+
+class ClassicTest : public TrackerFixture
+{
+protected:
+    ClassicTest() { PutConfig(""); }
+
+    void StartTracker(const wchar_t* name = L"", const wchar_t* folder = L"",
+                      const wchar_t* trackingId = L"")
+    {
+        Start<CZoTracker>(name, folder, trackingId);
+    }
+
+    // "SID LV CV PVC LPV" of the stored session.
+    static std::wstring FindState()
+    {
+        std::wstring state;
+        for (const wchar_t* name : {L"SID", L"LV", L"CV", L"PVC", L"LPV"})
+            state += simulated::FindRegistryText(
+                         platform::ERegistryRoot::ClassesRoot,
+                         L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\2_Tidy Desk",
+                         platform::ERegistryView::View32, name)
+                         .value_or(L"-") +
+                     L" ";
+        return state;
+    }
+};
+
+TEST_F(ClassicTest, WholeRequests)
+{
+    PutConfig("ProductName=Disk Tool\r\nPHASH=ab 1\r\nLanguage=de_DE\r\n");
+    StartTracker();
+    tracker->TrackEvent(L"Scan", L"Start now", nullptr, L"", L"");
+    tracker->TrackEventEx(L"", L"A", L"", L"", L"My page", false);
+    tracker->TrackMessage(L"Hi, you");
+    tracker->TrackPurchase(L"Pack", L"P1", 10.0, L"", 3);
+    simulated::AdvanceTime(4s);
+
+    const auto whole = [&](int number, const std::wstring& part) {
+        const std::wstring hit = std::to_wstring(number);
+        return L"/__utm.gif?utmwv=5.4.3&utms=" + hit + L"&utmn=" + std::to_wstring(5000 + number) +
+               L"&utmac=UA-73051829-04&utmsr=1024x768" + part +
+               L"&utmhn=Disk%20Tool&utmcs=UTF-8&utmdt=Disk%20Tool&utmul=de%5FDE&utmr=Disk%20Tool"
+               L"&aip=1&utmcc=__utma%3D" +
+               domainHash + L"." + visitorNumber + L".1002.1002.1002.1%3B%2B__utmb%3D" +
+               domainHash + L"." + hit + L".10.1002%3B%2B__utmc%3D" + domainHash +
+               L"%3B%2B__utmz%3D" + domainHash +
+               L".1002.1.1.utmcsr=(ab%201)|utmccn=(partners)|utmcmd=(unknown)";
+    };
+    EXPECT_EQ(GetTexts(),
+              (Texts{whole(1, L"&utmp=Disk%20Tool"),
+                     whole(2, L"&utmt=event&utme=8(1!PHASH)9(1!AB%201)11(1!2)&utmp="),
+                     whole(3, L"&utmt=event&utme=5(SCAN*START%20NOW*UNKNOWN)(0)&utmp=Disk%20Tool"),
+                     whole(4, L"&utmt=event&utme=5(UNKNOWN*A*)(1)&utmp=My%20page"),
+                     whole(5, L"&utmp=Hi%2C%20you"),
+                     whole(6, L"&utmt=tran&utmp=Disk%20Tool&utmtid=" + productUserId +
+                                  L"_&utmtst=ab%201&utmtto=30.00&utmtsp=0.00&utmttx=5.70"),
+                     whole(7, L"&utmt=item&utmp=Disk%20Tool&utmtid=&utmipc=P1&utmipn=Pack"
+                              L"&utmipr=10.00&utmiqt=3&utmiva=de_DE")}));
+    EXPECT_EQ(GetTimes(), (Times{2000, 2100, 2200, 2300, 2400, 2500, 2600}));
+    const auto request = simulated::GetSentRequests().front();
+    EXPECT_EQ(request.verb, L"GET");
+    EXPECT_EQ(request.agent, L"Disk Tool");
+    EXPECT_EQ(request.host, L"collect.zotracker.example");
+    EXPECT_EQ(request.port, 443);
+    EXPECT_EQ(request.headers, L"User-Agent: Disk Tool/3.2.1 (Windows NT 6.1; WOW64)\r\n");
+    EXPECT_EQ(request.timeouts, (std::map<EInternetOption, std::uint32_t>{
+                                    {EInternetOption::ConnectTimeout, 5000},
+                                    {EInternetOption::SendTimeout, 1000},
+                                    {EInternetOption::ReceiveTimeout, 1000},
+                                    {EInternetOption::DataSendTimeout, 1000},
+                                    {EInternetOption::DataReceiveTimeout, 1000}}));
+
+    for (const wchar_t* order : {L"", L"O7"})
+        tracker->TrackPurchase(L"Pack", L"P1", 10.0, order, 3);
+    simulated::AdvanceTime(4s);
+    const Texts ids = GetValues(L"utmtid");
+    EXPECT_EQ(Texts(ids.end() - 4, ids.end()), (Texts{productUserId + L"_7", L"", L"O7", L"O7"}));
+}
+
+TEST_F(ClassicTest, EachFieldOfARequestHasItsPlace)
+{
+    const ClassicClient client{L"https://host/__utm.gif?",
+                               L"UA-1-2",
+                               L"5110",
+                               L"4849",
+                               L"1024",
+                               L"768",
+                               L"en_II",
+                               L"",
+                               L"Disk Tool 2.0"};
+    const ClassicVisit visit{L"100", L"200", L"300", L"7", L"5", 4'294'967'299};
+    const app::TrackingHit hit{
+        app::EHitType::Event, L"1.5", L"\x00E9t\x00E9", L"a*b\n", L"\x20AC/x", L"p&q\x00E9", false};
+    EXPECT_EQ(BuildClassicRequest(client, visit, hit),
+              L"https://host/__utm.gif?utmwv=5.4.3&utms=5&utmn=4294967299&utmac=UA-1-2"
+              L"&utmsr=1024x768&utmt=event&utme=5(\x00C9T\x00C9*%20AC%2FX*A%2AB%A)(1%2E5)"
+              L"&utmp=p%26q\x00E9&utmhn=Disk%20Tool%202%2E0&utmcs=UTF-8&utmdt=Disk%20Tool%202%2E0"
+              L"&utmul=en%5FII&utmr=Disk%20Tool%202%2E0&aip=1&utmcc=__utma%3D5110.4849.100.200.300"
+              L".7%3B%2B__utmb%3D5110.5.10.300%3B%2B__utmc%3D5110");
+}
+
+TEST_F(ClassicTest, PurchasesHaveTwoDecimalsAndOnlyTheNameEncoded)
+{
+    const struct
+    {
+        const char* what;
+        Purchase purchase;
+        const wchar_t *transaction, *item;
+    } cases[] = {
+        {"as they stand",
+         {L"a&b", L"c&d", 0.995, L"o&p", 1},
+         L"&utmtid=id&utmtst=ab 1&utmtto=0.99&utmtsp=0.00&utmttx=0.19",
+         L"&utmtid=o&p&utmipc=c&d&utmipn=a%26b&utmipr=0.99&utmiqt=1&utmiva=de_DE"},
+        {"returned, and no number",
+         {L"x", L"", std::numeric_limits<double>::infinity(), L"", -2},
+         L"&utmtid=id&utmtst=ab 1&utmtto=-inf&utmtsp=0.00&utmttx=-inf",
+         L"&utmtid=&utmipc=&utmipn=x&utmipr=inf&utmiqt=-2&utmiva=de_DE"},
+    };
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(MakeTransactionHit(c.purchase, L"id", L"ab 1").field1, c.transaction) << c.what;
+        EXPECT_EQ(MakeItemHit(c.purchase, L"de_DE").field1, c.item) << c.what;
+    }
+}
+
+TEST_F(ClassicTest, ConfigurationOfConstruction)
+{
+    PutConfig("GAID=a\r\nGAURL=https://own:444/x?\r\nProductTrackingName=Tracking\r\n");
+    simulated::SetScreenSize({640, 480});
+    StartTracker();
+    SendPageview();
+    EXPECT_EQ(simulated::GetSentRequests().at(0).host, L"own");
+    EXPECT_EQ(simulated::GetSentRequests().at(0).port, 444);
+    EXPECT_TRUE(GetTexts().at(0).starts_with(L"/x?utmwv=5.4.3"));
+    EXPECT_EQ(GetValues(L"utmac"), Texts{L"a"});
+    EXPECT_EQ(GetValues(L"utmsr"), Texts{L"640x480"});
+    EXPECT_EQ(GetValues(L"utmul"), Texts{L"en%5FII"});
+    EXPECT_TRUE(GetValues(L"utmcc").at(0).starts_with(L"__utma%3D489999495."));
+
+    StartTracker(L"Given", L"acme", L"b");
+    SendPageview();
+    EXPECT_EQ(GetValues(L"utmac"), Texts{L"b"});
+    EXPECT_EQ(GetValues(L"utmhn"), Texts{L"Given"});
+    EXPECT_TRUE(simulated::FolderExists(L"C:\\ProgramData\\acme\\Tidy Desk"));
+}
+
+TEST_F(ClassicTest, InitializeReadsBesideTheHostsPath)
+{
+    PutConfig("PHASH=default\r\nProductName=Default\r\n");
+    PutOtherHosts("PHASH=xy\r\nLanguage=fr_FR\r\nProductTrackingName=Not this\r\n");
+    StartTracker();
+    simulated::SetTickMilliseconds(9000);
+    tracker->Initialize(L"C:\\Other\\app.exe");
+    SendPageview();
+    simulated::SetTickMilliseconds(50'000);
+    tracker->Initialize(L"C:\\Bare\\app.exe");
+    SendPageview();
+    EXPECT_EQ(GetValues(L"utmn"), (Texts{L"9001", L"9002", L"9003"})) << "goes on";
+    EXPECT_EQ(GetValues(L"utmul"), (Texts{L"fr%5FFR", L"fr%5FFR", L"en%5FII"}));
+    EXPECT_EQ(GetValues(L"utmhn"), (Texts{L"App", L"App", L"Default"}));
+    EXPECT_EQ(GetValues(L"utme"), (Texts{L"8(1!PHASH)9(1!XY)11(1!2)", L"-", L"-"}));
+    const std::wstring cookies = GetValues(L"utmcc").at(0);
+    EXPECT_TRUE(cookies.starts_with(L"__utma%3D" + domainHash + L"." + otherVisitorNumber + L"."));
+    EXPECT_TRUE(cookies.ends_with(L"utmcsr=(xy)|utmccn=(partners)|utmcmd=(unknown)"));
+    EXPECT_EQ(simulated::GetSentRequests()[0].headers,
+              L"User-Agent: App/9.9 (Windows NT 6.1; WOW64)\r\n");
+    EXPECT_EQ(FindState(), L"- - - - - ") << "the session is that of the other product";
+}
+
+TEST_F(ClassicTest, AnEventForOnceOnlyIsCountedButSentOnlyTheFirstTime)
+{
+    Texts sent; // number in the session, expression
+    for (const bool continues : {false, false, true})
+    {
+        StartTracker();
+        tracker->SetContinueSession(continues);
+        tracker->TrackPageview();
+        for (int i = 0; i < 2; ++i)
+            tracker->TrackEventEx(L"A", L"B", L"", L"", L"P", true);
+        tracker->TrackEventEx(L"C", L"D", L"", L"", L"P", false);
+        simulated::AdvanceTime(4s);
+        const Texts expressions = GetValues(L"utme");
+        for (std::size_t i = 0; i < expressions.size(); ++i)
+            sent.push_back(GetValues(L"utms")[i] + L" " + expressions[i]);
+        EXPECT_EQ(GetTimes().back(), sent.size() == 3 ? 2200 : 2100) << "what is left out is quick";
+    }
+    EXPECT_EQ(sent, (Texts{L"1 -", L"2 5(A*B*)(1)", L"4 5(C*D*)(1)", //
+                           L"1 -", L"4 5(C*D*)(2)",                  //
+                           L"5 -", L"8 5(C*D*)(3)"}));
+}
+
+TEST_F(ClassicTest, OnlyARefusedFirstHitTakesTheSessionBack)
+{
+    StartTracker();
+    SendPageview();
+    EXPECT_EQ(FindState(), L"1 1002 1002 2 1002 ");
+    Fail(2);
+    SendPageview();
+    EXPECT_EQ(FindState(), L"1 1002 1002 3 1004 ");
+
+    simulated::SetUnixTime(2000);
+    StartTracker();
+    Fail(2);
+    SendPageview();
+    EXPECT_EQ(FindState(), L"1 1002 1002 1  ");
+    tracker->TrackEvent(L"A", L"B", L"", L"", L"");
+    tracker->TrackPageview();
+    simulated::AdvanceTime(600s);
+    EXPECT_EQ(GetTimes().size(), 2u) << "silence, without a keep-alive pageview";
+    EXPECT_EQ(FindState(), L"1 1002 1002 3 2004 ") << "but hits are counted";
+}
+
+TEST_F(ClassicTest, ATesterSeesEachHit)
+{
+    PutConfig("TrackingTraceBalloon=1\r\nPHASH=p\r\n");
+    StartTracker();
+    ASSERT_EQ(simulated::GetNotificationIcons().size(), 1u);
+    const auto icon = simulated::GetNotificationIcons()[0];
+    EXPECT_EQ(icon.id, 2977u);
+    EXPECT_EQ(icon.callbackMessage, 34'721u);
+    EXPECT_EQ(icon.balloonTimeout, 10'000u);
+    simulated::TakeDebugOutput();
+    for (const bool onceOnly : {false, true})
+        tracker->TrackEventEx(L"Menu", L"Open", L"File", L"", L"", onceOnly);
+    tracker->TrackMessage(L"Hi");
+    tracker->TrackPurchase(L"x", L"", 1, L"O7", 1);
+    simulated::AdvanceTime(4s);
+    const std::vector<std::pair<std::wstring, std::wstring>> balloons{
+        {L"GA: Pageview", L"Tidy Desk"},
+        {L"GA: Event", L"Menu: Open - File (1)"},
+        {L"GA: Message", L"Hi"},
+        {L"GA: Transaction",
+         L"Tidy Desk - &utmtid=O7&utmtst=p&utmtto=1.00&utmtsp=0.00&utmttx=0.19"},
+        {L"GA: Item",
+         L"Tidy Desk - &utmtid=O7&utmipc=&utmipn=x&utmipr=1.00&utmiqt=1&utmiva=en_II"}};
+    EXPECT_EQ(simulated::TakeBalloons(), balloons);
+    Texts traced;
+    for (const auto& [title, text] : balloons)
+        traced.push_back(L"ZoTracker 6 " + title + L": " + text + L"\n");
+    EXPECT_EQ(simulated::TakeDebugOutput(), traced);
+    tracker.reset();
+    EXPECT_TRUE(simulated::GetNotificationIcons().empty());
+
+    PutConfig("TrackingTraceBalloon=2\r\n");
+    StartTracker();
+    EXPECT_TRUE(simulated::GetNotificationIcons().empty());
+}
+
+TEST_F(ClassicTest, WithoutAnInternetSessionNothingIsCounted)
+{
+    simulated::Answer none;
+    none.failsAt = simulated::ENetworkStage::Session;
+    none.error = platform::internetTimeout;
+    simulated::AddAnswer(none);
+    tracker = std::make_shared<CZoTracker>(L"", L"", L"");
+    SendPageview();
+    EXPECT_EQ(GetTexts(), Texts{});
+    EXPECT_EQ(FindState(), L"- - - - - ");
+}
+
+} // namespace

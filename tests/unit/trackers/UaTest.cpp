@@ -1,0 +1,236 @@
+#include "tests/simulated/DebugOutput.h"
+#include "tests/simulated/Registry.h"
+#include "tests/simulated/SystemFacts.h"
+#include "tests/unit/trackers/TrackerFixture.h"
+#include "trackers/ua/CZoTrackerUA.h"
+#include "trackers/ua/UaPayload.h"
+
+using namespace std::chrono_literals;
+using platform::ERegistryRoot;
+using platform::ERegistryView;
+
+namespace {
+
+class UaTest : public TrackerFixture
+{
+protected:
+    void StartTracker(const wchar_t* name = L"", const wchar_t* trackingId = L"")
+    {
+        Start<trackers::CZoTrackerUA>(name, L"", trackingId);
+    }
+
+    // What each request says of its hit.
+    static Texts GetHits() { return GetTails(L"&t="); }
+};
+
+TEST_F(UaTest, WholeRequests)
+{
+    simulated::SetScreenSize({1920, 1080});
+    StartTracker();
+    tracker->TrackPageview();
+    tracker->TrackEvent(L"Scan", L"Start now", nullptr, L"5 %", L"");
+    tracker->TrackEventEx(L"", L"A", L"", L"abc", L"", true);
+    tracker->TrackMessage(L"a=b you");
+    tracker->TrackPurchase(L"Pack", L"P#1", 10.0, L"", 2);
+    tracker->TrackPurchase(L"Pack", L"", 0.5, L"o 1", 1);
+    simulated::AdvanceTime(4s);
+    EXPECT_EQ(GetHits(),
+              (Texts{L"&t=pageview&dp=%2FDisk%20Tool",
+                     L"&t=event&ec=Scan&ea=Start%20now&el=unknown&ev=5 %",
+                     L"&t=event&ec=unknown&ea=A", L"&t=pageview&dp=%2Fa%3Db%20you",
+                     L"&t=transaction&dp=%2FDisk%20Tool&ti=0123456789abcdef0123456789abcdef%5F5000"
+                     L"&ta=ab%201&tr=20.00",
+                     L"&t=item&dp=%2FDisk%20Tool&ti=0123456789abcdef0123456789abcdef%5F5000"
+                     L"&ta=ab%201&in=P%231&ip=10.00&iq=2",
+                     L"&t=transaction&dp=%2FDisk%20Tool&ti=o%201&ta=ab%201&tr=0.50",
+                     L"&t=item&dp=%2FDisk%20Tool&ti=o%201&ta=ab%201&in=&ip=0.50&iq=1"}));
+    EXPECT_EQ(GetTimes(), (Times{2000, 2050, 2100, 2150, 2200, 2250, 2300, 2350}));
+
+    const auto request = simulated::GetSentRequests().front();
+    EXPECT_EQ(request.body,
+              "v=1&tid=UA-1&aip=1&ds=Host%2Eexe&cid=0123456789abcdef0123456789abcdef"
+              "&uid=e611446b8ce20997398b57281eb6b7ad&cs=ab%201&cn=%28partners%29&cm=%28direct%29"
+              "&sr=1920x1080&ul=de%5FDE&cd=Disk%20Tool&t=pageview&dp=%2FDisk%20Tool");
+    EXPECT_EQ(request.verb, L"POST");
+    EXPECT_EQ(request.host, L"collect.zotracker.example");
+    EXPECT_EQ(request.port, 443);
+    EXPECT_EQ(request.object, L"/collect?z=7000");
+    EXPECT_EQ(request.headers, L"Accept: */*\r\nContent-Type: text/plain; charset=utf-8\r\n"
+                               L"User-Agent: Disk Tool/3.2.1 (Windows NT 6.1; WOW64)\r\n");
+}
+
+TEST_F(UaTest, EmptyFieldsAreLeftOutOrEmpty)
+{
+    using enum app::EHitType;
+    const struct
+    {
+        app::EHitType type;
+        const wchar_t* payload;
+    } cases[] = {{Pageview, L"C&t=pageview&dp=%2FN%20M"},
+                 {Message, L"C&t=pageview&dp=%2F"},
+                 {Event, L"C&t=event&ec=&ea="},
+                 {Transaction, L"C&t=transaction&dp=%2FN%20M&ti="},
+                 {Item, L"C&t=item&dp=%2FN%20M&ti=&in="},
+                 {CustomVariable, L""},
+                 {None, L""}};
+    for (const auto& c : cases)
+    {
+        app::TrackingHit hit;
+        hit.type = c.type;
+        EXPECT_EQ(trackers::BuildHitPayload(L"C", L"N M", hit), c.payload);
+    }
+}
+
+TEST_F(UaTest, PurchasesHaveTwoDecimalsAndSigns)
+{
+    const auto purchase = trackers::MakePurchaseHits(L"P1", 3.335, L"o", -3, L"ph");
+    EXPECT_EQ(purchase.transaction.field1, L"-10.00");
+    EXPECT_EQ(purchase.item.field1, L"&ip=3.33&iq=-3") << "3.335 lies just below its decimals";
+    EXPECT_EQ(trackers::MakeOrderId(L"abc", 0xFFFFFFFF), L"abc_-1");
+}
+
+TEST_F(UaTest, ConfigurationOfConstruction)
+{
+    PutConfig("", "[UA]\r\nEnabled=1\r\nURL=https://own/p\r\nVersion=2\r\nId=X\r\n");
+    StartTracker(L"Given", L"Y");
+    SendPageview();
+    EXPECT_EQ(simulated::GetSentRequests().at(0).host, L"own");
+    EXPECT_TRUE(GetTexts().at(0).starts_with(L"/p?z=7000&v=2&tid=Y&aip=1"));
+    EXPECT_EQ(GetValues(L"cd"), Texts{L"Given"});
+    EXPECT_EQ(GetValues(L"cs"), Texts{L""});
+}
+
+TEST_F(UaTest, WithoutATrackingIdNothingIsSent)
+{
+    PutConfig("", "[UA]\r\nEnabled=1\r\n");
+    StartTracker();
+    SendPageview();
+    EXPECT_EQ(simulated::TakeDebugOutput(),
+              Texts{L"ZoTracker 3 ERROR UA ### No tracking-id found\n"});
+    EXPECT_EQ(GetTimes(), Times{});
+}
+
+TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
+{
+    PutOtherHosts("phash=xy\r\nProductName=Other Name\r\n",
+                  "[UA]\r\nEnabled=1\r\nURL=https://other/x\r\nId=Z\r\n");
+    StartTracker();
+    tracker->Initialize(L"C:\\Other\\app.exe");
+    EXPECT_EQ(tracker->GetProductName(), L"Disk Tool") << "the name is the host's to set";
+    tracker->SetProductName(nullptr);
+    tracker->TrackPurchase(L"", L"", 1, L"o", 1);
+    simulated::AdvanceTime(3s);
+    const auto request = simulated::GetSentRequests().at(0);
+    EXPECT_EQ(request.host, L"other");
+    EXPECT_TRUE(
+        request.headers.ends_with(L"\r\nUser-Agent: Other Name/3.2.1 (Windows NT 6.1; WOW64)\r\n"));
+    EXPECT_EQ(GetHits()[0], L"&t=transaction&dp=%2FOther%20Name&ti=o&ta=xy&tr=1.00");
+    EXPECT_EQ(GetValues(L"cd")[0], L"Disk%20Tool") << "as it was when the worker started";
+    EXPECT_EQ(GetValues(L"cs")[0], L"ab%201");
+
+    tracker->Initialize(L"C:\\Bare\\app.exe");
+    tracker->SetProductName(L"");
+    EXPECT_EQ(tracker->GetProductName(), L"App");
+    EXPECT_TRUE(tracker->IsTrackingEnabled()) << "as the last configuration file said";
+}
+
+TEST_F(UaTest, OneHitStartsASession)
+{
+    StartTracker();
+    tracker->SetContinueSession(true);
+    SendPageview();
+    tracker->SetContinueSession(false);
+    for (int i = 0; i < 3; ++i)
+        tracker->TrackMessage(L"m");
+    simulated::AdvanceTime(4s);
+    EXPECT_EQ(GetHits(), (Texts{L"&t=pageview&dp=%2FDisk%20Tool", L"&t=pageview&dp=%2Fm&sc=start",
+                                L"&t=pageview&dp=%2Fm", L"&t=pageview&dp=%2Fm"}));
+}
+
+TEST_F(UaTest, ClientIdIsMadeOnceAndFoundAgain)
+{
+    const std::wstring made =
+        L"551a927e4c28cc67ee7a487bb0d2036c"; // digest of the product user id and the tick
+    const auto run = [this] {
+        StartTracker();
+        SendPageview();
+        return GetValues(L"cid").at(0);
+    };
+    const auto put = [](const wchar_t* text) {
+        simulated::PutRegistryText(ERegistryRoot::ClassesRoot, clientKey, ERegistryView::Default,
+                                   L"CID", text);
+    };
+    simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, clientKey, ERegistryView::Default);
+    EXPECT_EQ(run(), made);
+    EXPECT_EQ(simulated::FindRegistryText(ERegistryRoot::ClassesRoot, clientKey,
+                                          ERegistryView::View32, L"CID"),
+              made);
+    EXPECT_EQ(simulated::FindRegistryText(ERegistryRoot::CurrentUser, clientKey,
+                                          ERegistryView::Default, L"CID"),
+              made);
+    EXPECT_EQ(run(), made) << "a second run";
+    put(L"machine");
+    EXPECT_EQ(run(), L"machine") << "the machine's comes first";
+    put(L"");
+    EXPECT_NE(run(), made) << "an empty one counts as none";
+}
+
+TEST_F(UaTest, ClientIdLastsForTheRunWhereNothingCanBeWritten)
+{
+    simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, clientKey, ERegistryView::Default);
+    for (const auto root : {ERegistryRoot::ClassesRoot, ERegistryRoot::CurrentUser})
+        simulated::SetRegistryDenial(root, simulated::ERegistryDenial::Creating);
+    StartTracker();
+    simulated::AdvanceTime(1s);
+    tracker->TrackPurchase(L"", L"", 1, L"", 1);
+    simulated::AdvanceTime(4s);
+    EXPECT_EQ(GetValues(L"ti"), Texts(2, L"551a927e4c28cc67ee7a487bb0d2036c%5F6000"));
+}
+
+TEST_F(UaTest, TwoResultsInARowWithoutAConnectionEndDelivery)
+{
+    StartTracker();
+    const auto send = [this](bool connected, const wchar_t* text) {
+        simulated::SetConnectedState(connected, connected ? 0 : 87);
+        tracker->TrackMessage(text);
+        simulated::AdvanceTime(4s);
+    };
+    send(false, L"lost");
+    send(true, L"sent");
+    EXPECT_EQ(GetHits(), Texts{L"&t=pageview&dp=%2Fsent"}) << "one does not";
+
+    StartTracker();
+    send(false, L"lost");
+    send(false, L"lost, too");
+    send(true, L"for nobody");
+    simulated::AdvanceTime(600s);
+    tracker.reset();
+    EXPECT_EQ(GetHits(), Texts{});
+}
+
+TEST_F(UaTest, DestructionEndsAnEndlessRedirect)
+{
+    StartTracker();
+    for (int i = 0; i < 5'000; ++i)
+    {
+        simulated::Answer redirect;
+        redirect.status = 302;
+        redirect.location = i % 2 == 0 ? L"/a" : L"/b";
+        redirect.delay = 100ms;
+        simulated::AddAnswer(redirect);
+    }
+    tracker->TrackPageview();
+    simulated::AdvanceTime(60s);
+    EXPECT_GT(GetTimes().size(), 500u);
+    for (const std::int64_t limit : {600, 2000}) // in the middle of it, and before it begins
+    {
+        tracker->TrackPageview();
+        const std::int64_t before = simulated::GetElapsedMilliseconds();
+        tracker.reset();
+        EXPECT_LE(simulated::GetElapsedMilliseconds() - before, limit);
+        tracker = std::make_shared<trackers::CZoTrackerUA>(L"", L"", L"");
+        simulated::SettleWorkers();
+    }
+}
+
+} // namespace
