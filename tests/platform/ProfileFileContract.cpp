@@ -44,29 +44,21 @@ protected:
 
 TEST_F(ProfileFile, ReadsValues)
 {
-    PutProfile("; the head\r\n"
-               "k=before any section\r\n"
+    PutProfile("k=before any section\r\n"
                "[A]\r\n"
-               "plain=a value\r\n"
                "  spaced  =  a value  \r\n"
                "quoted=\"  in quotes  \"\r\n"
                "single='in quotes'\r\n"
                "half=\"half\r\n"
-               "onequote=\"\r\n"
-               "nested=\"'x'\"\r\n"
                "empty=\r\n"
-               "emptyquotes=\"\"\r\n"
-               "sign=a=b\r\n"
-               "semicolon=a;b ; c\r\n"
+               "sign=a=b;c\r\n"
                "twice=first\r\n"
                "twice=second\r\n"
                "bare\r\n"
                ";hidden=1\r\n"
-               "  ; hidden2=1\r\n"
                "latin=\xE9\x80\r\n"
                "[ B ]  \r\n"
                "k=of B\n"
-               "unix=yes\n"
                "\n"
                "[A]\r\n"
                "late=of the second A\r\n"
@@ -78,29 +70,19 @@ TEST_F(ProfileFile, ReadsValues)
         const wchar_t* key;
         const wchar_t* value;
     } cases[] = {
-        {L"A", L"plain", L"a value"},
-        {L"a", L"PLAIN", L"a value"},
-        {L" A ", L" plain ", L"a value"},
-        {L"A", L"spaced", L"a value"},
+        {L" a ", L" SPACED ", L"a value"},
         {L"A", L"quoted", L"  in quotes  "},
         {L"A", L"single", L"in quotes"},
         {L"A", L"half", L"\"half"},
-        {L"A", L"onequote", L"\""},
-        {L"A", L"nested", L"'x'"},
         {L"A", L"empty", L""},
-        {L"A", L"emptyquotes", L""},
-        {L"A", L"sign", L"a=b"},
-        {L"A", L"semicolon", L"a;b ; c"},
+        {L"A", L"sign", L"a=b;c"},
         {L"A", L"twice", L"first"},
         {L"A", L"bare", L"default"},
         {L"A", L"hidden", L"default"},
-        {L"A", L"hidden2", L"default"},
         {L"A", L"latin", L"\u00E9\u20AC"},
         {L"A", L"k", L"default"},
-        {L"B", L"k", L"of B"},
-        {L"B", L"unix", L"yes"},
-        {L"B", L"plain", L"default"},
         {L"A", L"late", L"default"},
+        {L"B", L"k", L"of B"},
         {L"C", L"last", L"no line end"},
         {L"D", L"k", L"default"},
     };
@@ -125,7 +107,7 @@ TEST_F(ProfileFile, CutsValuesToTheBuffer)
     {
         std::size_t size;
         const wchar_t* value;
-    } cases[] = {{1, L""}, {2, L"1"}, {5, L"1234"}, {6, L"12345"}, {7, L"12345"}};
+    } cases[] = {{1, L""}, {5, L"1234"}, {6, L"12345"}};
     for (const auto& c : cases)
     {
         std::wstring buffer(10, L'#');
@@ -145,30 +127,9 @@ TEST_F(ProfileFile, ReadsNumbers)
         const char* value;
         std::int32_t number;
     } cases[] = {
-        {"12abc", 12},
-        {"-5", -5},
-        {"+8", 8},
-        {"0x1F", 31},
-        {"0b101", 5},
-        {"0o17", 15},
-        {"017", 17},
-        {" 7", 7},
-        {"\t11", 11},
-        {"\"9\"", 9},
-        {"", -1},
-        {"abc", 0},
-        {"- 5", 0},
-        {"--5", 0},
-        {"-", 0},
-        {"-0x10", -16},
-        {"0xFFG", 255},
-        {"1.9", 1},
-        {"0b12", 1},
-        {"1,000", 1},
-        {"2147483647", 2147483647},
-        {"2147483648", -2147483647 - 1},
+        {"12abc", 12},      {"-5", -5}, {" +8", 8}, {"0x1F", 31}, {"017", 17},
+        {"\"9\"", 9},       {"", -1},   {"abc", 0}, {"- 5", 0},   {"2147483647", 2147483647},
         {"4294967295", -1},
-        {"99999999999", 1215752191},
     };
     for (const auto& c : cases)
     {
@@ -187,25 +148,19 @@ TEST_F(ProfileFile, ReadsUtf16WithAByteOrderMark)
     EXPECT_EQ(ReadText(L"A", L"k2"), L"\u0436");
 }
 
-TEST_F(ProfileFile, WritingCreatesFileSectionAndKey)
+TEST_F(ProfileFile, WritingCreatesWhatIsMissingAndKeepsTheRest)
 {
     EXPECT_TRUE(platform::WriteProfileText(L"A", L"k", L"1", path));
     EXPECT_EQ(ReadBytes(), "[A]\r\nk=1\r\n");
-    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k2", L"2", path));
-    EXPECT_TRUE(platform::WriteProfileText(L"B", L"k", L"3", path));
-    EXPECT_TRUE(platform::WriteProfileText(L"a", L"K3", L"", path));
-    EXPECT_EQ(ReadBytes(), "[A]\r\nk=1\r\nk2=2\r\nK3=\r\n[B]\r\nk=3\r\n");
-    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k2", L"\u00E9\u20AC", path));
-    EXPECT_EQ(ReadBytes(), "[A]\r\nk=1\r\nk2=\xE9\x80\r\nK3=\r\n[B]\r\nk=3\r\n");
     EXPECT_EQ(ListFiles(folder), std::vector<std::wstring>{L"install.cfg"});
-}
 
-TEST_F(ProfileFile, WritingKeepsWhatStandsAround)
-{
     PutProfile("; head\r\n[A]\r\nk=1\r\n;k2=2\r\n[B]\r\nk=3");
-    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k", L"new", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"A", L"k", L"\u00E9\u20AC", path));
+    EXPECT_TRUE(platform::WriteProfileText(L"a", L"K3", L"", path));
     EXPECT_TRUE(platform::WriteProfileText(L"B", L"k2", L"4", path));
-    EXPECT_EQ(ReadBytes(), "; head\r\n[A]\r\nk=new\r\n;k2=2\r\n[B]\r\nk=3\r\nk2=4\r\n");
+    EXPECT_TRUE(platform::WriteProfileText(L"C", L"k", L"5", path));
+    EXPECT_EQ(ReadBytes(), "; head\r\n[A]\r\nk=\xE9\x80\r\n;k2=2\r\nK3=\r\n"
+                           "[B]\r\nk=3\r\nk2=4\r\n[C]\r\nk=5\r\n");
 }
 
 TEST_F(ProfileFile, WritingFailsWhereNoFileCanBe)

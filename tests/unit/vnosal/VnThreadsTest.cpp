@@ -24,8 +24,7 @@ void RunInThreads(Work work)
         thread.join();
 }
 
-// Every length up to the largest pooled block, changed from several threads while all of them share
-// the texts.
+// Texts of every pool, changed from several threads while all of them share the texts.
 TEST(VnStringThreads, DetachFromTextThatOthersShare)
 {
     std::vector<VnString> shared;
