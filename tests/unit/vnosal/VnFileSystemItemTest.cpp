@@ -177,6 +177,8 @@ TEST(VnFileSystemItem, NeverLeavesATreeThroughALink)
     const VnResult deleted = Item(folder, L"tree").DeleteTree();
     EXPECT_EQ(static_cast<bool>(deleted), linksGo) << deleted.GetText();
     EXPECT_EQ(folder.Has(L"tree"), !linksGo);
+    folder.MakeFolderLink(L"direct", L"outside");
+    EXPECT_EQ(static_cast<bool>(Item(folder, L"direct").DeleteTree()), linksGo);
     EXPECT_EQ(folder.ReadFile(L"outside/precious"), "kept");
 }
 

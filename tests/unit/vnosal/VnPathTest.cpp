@@ -217,18 +217,30 @@ TEST(VnPath, ComparesAsTheFileSystemDoes)
     EXPECT_FALSE(VnPath(L"C:\\a\\..\\b").IsBelow(L"C:\\a"));
 }
 
-TEST(VnPath, GoesBeyond260Units)
+TEST(VnPath, PutsThePrefixForLongPathsOnAndOff)
 {
-    const VnString name(200, L'n');
-    const VnPath deep(L"C:\\a\\" + name + L"\\" + name);
-    EXPECT_EQ(VnPath(deep).MakeExtended().RemoveExtended().GetText(), L"\\\\?\\" + deep.GetText());
-    EXPECT_EQ(VnPath(L"\\\\s\\h\\a").MakeExtended().GetText(), L"\\\\?\\UNC\\s\\h\\a");
-    EXPECT_EQ(VnPath(L"a\\b").MakeExtended().GetText(), L"a\\b");
-    EXPECT_EQ(VnPath(L"\\\\?\\C:\\a\\b").RemoveExtended().GetText(), L"C:\\a\\b");
-    EXPECT_EQ(VnPath(L"\\\\?\\UNC\\s\\h\\a").RemoveExtended().GetText(), L"\\\\s\\h\\a");
-    for (const wchar_t* needed :
-         {L"\\\\?\\C:\\a.", L"\\\\?\\C:\\nul", L"\\\\?\\C:\\a/b", L"\\\\?\\Volume{1}\\a"})
-        EXPECT_EQ(VnPath(needed).RemoveExtended().GetText(), needed);
+    const std::wstring name(200, L'n');
+    const std::wstring deep = L"C:\\a\\" + name + L"\\" + name;
+    const struct
+    {
+        std::wstring path;
+        std::wstring extended;
+        std::wstring plain; // of the extended one
+    } cases[] = {
+        {L"C:/a/./b", L"\\\\?\\C:\\a\\b", L"C:\\a\\b"},
+        {L"\\\\s\\h\\a", L"\\\\?\\UNC\\s\\h\\a", L"\\\\s\\h\\a"},
+        {L"a\\b", L"a\\b", L"a\\b"},
+        {deep, L"\\\\?\\" + deep, L"\\\\?\\" + deep}, // these keep it
+        {L"\\\\?\\C:\\a.", L"\\\\?\\C:\\a.", L"\\\\?\\C:\\a."},
+        {L"C:\\nul", L"\\\\?\\C:\\nul", L"\\\\?\\C:\\nul"},
+        {L"\\\\?\\Volume{1}\\a", L"\\\\?\\Volume{1}\\a", L"\\\\?\\Volume{1}\\a"},
+    };
+    for (const auto& c : cases)
+    {
+        VnPath path(c.path);
+        EXPECT_EQ(path.MakeExtended().GetText(), c.extended);
+        EXPECT_EQ(path.RemoveExtended().GetText(), c.plain);
+    }
 }
 
 TEST(VnPath, ConvertsFileAddresses)
