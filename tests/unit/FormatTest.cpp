@@ -44,7 +44,7 @@ TEST(FormatText, WritesEachConversionAndLeavesOutWhatDoesNotFit)
             {FormatText(L"%I64u", -1), L"18446744073709551615"},
             {FormatText(L"%x %X", 0xBEEF, -1), L"beef FFFFFFFF"},
             {FormatText(L"%02x %02x", 0, 0x123), L"00 123"},
-            {FormatText(L"%6.4x|%05.3d|%.3d", 0x409, 42, -4), L"  0409|  042|-004"},
+            {FormatText(L"%6.4x|%05.3d|%.2d", 0x409, 42, -4), L"  0409|  042|-04"},
             {FormatText(L"%5d|%05d", -42, -42), L"  -42|-0042"},
 
             {FormatText(L"%f %.0f %.0f", 0.1, 2.5, 3.5), L"0.100000 2 4"}, // ties go to even
