@@ -1,6 +1,6 @@
 #include "platform/win32/UniqueHandle.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <vector>
 
@@ -8,10 +8,8 @@ namespace platform {
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-std::vector<int> closed;
+using Numbers = std::vector<int>;
+Numbers closed;
 
 struct NumberTraits
 {
@@ -35,12 +33,12 @@ TEST(UniqueHandle, ClosesOnceAndLeavesTheLastErrorAlone)
         CNumber second(std::move(first));
         EXPECT_FALSE(first);
         EXPECT_EQ(second.Get(), 1);
-        EXPECT_THAT(closed, IsEmpty());
+        EXPECT_EQ(closed, Numbers());
         CNumber& same = second;
         second = std::move(same);
         EXPECT_EQ(second.Get(), 1);
     }
-    EXPECT_THAT(closed, ElementsAre(1));
+    EXPECT_EQ(closed, (Numbers{1}));
     EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
@@ -49,14 +47,14 @@ TEST(UniqueHandle, ClosesWhatItHeldWhenGivenAnother)
     closed.clear();
     CNumber kept(1);
     kept = CNumber(2);
-    EXPECT_THAT(closed, ElementsAre(1));
+    EXPECT_EQ(closed, (Numbers{1}));
     kept.Reset(3);
-    EXPECT_THAT(closed, ElementsAre(1, 2));
+    EXPECT_EQ(closed, (Numbers{1, 2}));
     *kept.Put() = 4;
-    EXPECT_THAT(closed, ElementsAre(1, 2, 3));
+    EXPECT_EQ(closed, (Numbers{1, 2, 3}));
     EXPECT_EQ(kept.Release(), 4);
     kept.Reset();
-    EXPECT_THAT(closed, ElementsAre(1, 2, 3));
+    EXPECT_EQ(closed, (Numbers{1, 2, 3}));
 }
 
 } // namespace

@@ -50,7 +50,7 @@ TEST(FormatText, WritesEachConversionAndLeavesOutWhatDoesNotFit)
             {FormatText(L"%f %.0f %.0f", 0.1, 2.5, 3.5), L"0.100000 2 4"}, // ties go to even
             {FormatText(L"%.2f", 2.675), L"2.67"}, // its exact value lies below the tie
             {FormatText(L"%.2f", 99.995), L"100.00"},
-            {FormatText(L"%.2f %.2f", -0.001, DBL_TRUE_MIN), L"-0.00 0.00"},
+            {FormatText(L"%.2f %.2f", -0.0, DBL_TRUE_MIN), L"-0.00 0.00"},
             {FormatText(L"%f %f %f", -HUGE_VAL, nan, -nan), L"-inf nan nan"},
         };
         for (const auto& c : cases)

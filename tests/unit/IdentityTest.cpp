@@ -33,7 +33,6 @@ const wchar_t* const idFile = L"C:\\ProgramData\\veltrano\\ComputerID.dat";
 // The digest of "SOMEWHERE6C65746E49656E691500000000_123456", which a machine without a suitable
 // adapter makes at that time.
 const wchar_t* const madeId = L"45bf7bd3855837f97110ae0f73edf5d2";
-const wchar_t* const storedId = L"0123456789abcdef0123456789abcdef";
 
 class IdentityTest : public testing::Test
 {
@@ -47,11 +46,10 @@ protected:
         simulated::SetUnixTime(1'500'000'000);
         simulated::SetTickMilliseconds(123'456);
     }
-
-    static void PutComputerId(const wchar_t* id)
+    static void PutComputerId()
     {
         simulated::PutRegistryText(ERegistryRoot::ClassesRoot, computerKey, ERegistryView::Default,
-                                   L"ID", id);
+                                   L"ID", L"0123456789abcdef0123456789abcdef");
     }
 
     using Text = std::optional<std::wstring>;
@@ -69,33 +67,30 @@ protected:
     }
 };
 
-TEST_F(IdentityTest, TakesTheComputerIdFromTheFirstStoreThatHasIt)
+TEST_F(IdentityTest, TakesTheComputerIdFromTheFirstStoreThatHasItAndRepairsThePrimaryOne)
 {
-    PutComputerId(L"from the registry");
-    simulated::PutFile(idFile, "[ID]\r\nCID=from the file\r\n");
-    EXPECT_EQ(env::GetComputerId(), L"from the registry");
-    EXPECT_FALSE(FindSaved(ERegistryRoot::ClassesRoot)); // nothing to repair
-    PutComputerId(L"changed");
-    EXPECT_EQ(env::GetComputerId(), L"from the registry"); // once per process
-}
-
-TEST_F(IdentityTest, CopiesAnIdFromTheOtherStoresToThePrimaryOne)
-{
-    simulated::PutRegistryText(ERegistryRoot::CurrentUser, userKey, ERegistryView::Default, L"ID",
-                               L"from the user");
+    const auto put = [](ERegistryRoot root, const wchar_t* key, const wchar_t* id) {
+        simulated::PutRegistryText(root, key, ERegistryView::Default, L"ID", id);
+    };
+    put(ERegistryRoot::CurrentUser, userKey, L"from the user");
     EXPECT_EQ(env::GetComputerId(), L"from the user");
     EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), L"from the user");
 
+    simulated::PutFile(idFile, "[ID]\r\nCID=" + std::string(300, 'f') + "\r\n");
+    EXPECT_EQ(env::GetComputerId(), L"from the user"); // once per process
     for (const auto denial : {ERegistryDenial::None, ERegistryDenial::Opening})
     {
         env::ResetProcessCache();
-        simulated::PutFile(idFile, "[ID]\r\nCID=" + std::string(300, 'f') + "\r\n");
         simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, denial);
         EXPECT_EQ(env::GetComputerId(), std::wstring(300, L'f'));
         EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), std::wstring(300, L'f'));
     }
     for (const auto& call : simulated::TakeProfileCalls())
         EXPECT_EQ(call.path, L"C:\\ProgramData\\\\veltrano\\ComputerID.dat");
+
+    env::ResetProcessCache();
+    put(ERegistryRoot::ClassesRoot, computerKey, L"from the registry");
+    EXPECT_EQ(env::GetComputerId(), L"from the registry");
 }
 
 TEST_F(IdentityTest, SavesANewIdInTheFirstStoreThatAcceptsIt)
@@ -124,20 +119,16 @@ TEST_F(IdentityTest, SavesANewIdInTheFirstStoreThatAcceptsIt)
         EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), c.inPrimary) << c.what;
         EXPECT_EQ(FindSaved(ERegistryRoot::CurrentUser), c.inUser) << c.what;
         EXPECT_EQ(simulated::ReadFileBytes(idFile), c.inFile) << c.what;
+
+        // The next process looks in its own view of the registry, not in the one written to.
+        env::ResetProcessCache();
+        simulated::SetUnixTime(1'500'000'001);
+        EXPECT_EQ(env::GetComputerId() == madeId, c.inFile.has_value()) << c.what;
     }
     simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::None);
     env::ResetProcessCache();
-    EXPECT_EQ(env::GetComputerId(), madeId);
-    EXPECT_EQ(FindSaved(ERegistryRoot::CurrentUser), madeId); // the last resort
-}
-
-// The two views of the classes root are apart in a 64-bit process, so the next one looks in vain.
-TEST_F(IdentityTest, DoesNotFindItsOwnIdInTheOtherView)
-{
-    env::GetComputerId();
-    env::ResetProcessCache();
-    simulated::SetUnixTime(1'500'000'001);
-    EXPECT_NE(env::GetComputerId(), madeId);
+    const std::wstring id = env::GetComputerId();
+    EXPECT_EQ(FindSaved(ERegistryRoot::CurrentUser), id); // the last resort
 }
 
 TEST_F(IdentityTest, ChoosesTheFirstIdentifyingAdapter)
@@ -165,7 +156,7 @@ TEST_F(IdentityTest, ChoosesTheFirstIdentifyingAdapter)
 
 TEST_F(IdentityTest, DerivesAProductUserIdAndKeepsTheHosts)
 {
-    PutComputerId(storedId);
+    PutComputerId();
     EXPECT_EQ(env::GetProductUserId(L"Optimizer Pro"), L"6ff80aa350188c20fcb26d7b973c065e");
     SetHostName(L"Suite");
     EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
@@ -176,7 +167,7 @@ TEST_F(IdentityTest, DerivesAProductUserIdAndKeepsTheHosts)
 
 TEST_F(IdentityTest, WaitsWhileAnotherThreadComputesAProductUserId)
 {
-    PutComputerId(storedId);
+    PutComputerId();
     std::atomic<bool>& busy = env::CProcessCache::Get().productUserIdBusy;
     busy = true;
     platform::CThread thread;
@@ -191,15 +182,15 @@ TEST_F(IdentityTest, WaitsWhileAnotherThreadComputesAProductUserId)
     EXPECT_TRUE(thread.IsActive());
     busy = false;
     thread.Join();
+    thread.Close();
     EXPECT_EQ(simulated::GetElapsedMilliseconds(), 30);
     EXPECT_FALSE(busy);
     EXPECT_EQ(env::GetProductUserId(L""), L"f36a473535edbe05eb84d0266b481c7c");
-    thread.Close();
 }
 
 TEST_F(IdentityTest, DoesNotWaitForAThreadThatEndedWithTheProcess)
 {
-    PutComputerId(storedId);
+    PutComputerId();
     env::CProcessCache::Get().productUserIdBusy = true;
     simulated::EndProcess();
     EXPECT_EQ(env::GetProductUserId(L"Suite"), L"cc2e63cfdf452da1d9044442a6d3fb65");
@@ -273,30 +264,20 @@ TEST_F(KpiUserIdTest, IsMadeAnewUnlessItHasItsExactLength)
     EXPECT_TRUE(FindBytes(ERegistryRoot::CurrentUser).empty());
 }
 
-TEST_F(KpiUserIdTest, LivesWithTheUserWhereTheClassesRootIsClosed)
+TEST_F(KpiUserIdTest, LivesWithTheUserWhereTheClassesRootHasNoKeyThatOpens)
 {
     Put(ERegistryRoot::CurrentUser, kept, 64);
-    EXPECT_EQ(env::GetKpiUserId(), kept); // the classes root has no such key
+    EXPECT_EQ(env::GetKpiUserId(), kept);
+    Put(ERegistryRoot::ClassesRoot, made, 0);
+    EXPECT_EQ(env::GetKpiUserId(), made); // no further than the first key that opens
 
     simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
-    Put(ERegistryRoot::ClassesRoot, made, 64);
     EXPECT_EQ(env::GetKpiUserId(), kept);
-
     simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, kpiKey, ERegistryView::View32);
     EXPECT_EQ(env::GetKpiUserId(), made);
     EXPECT_EQ(FindBytes(ERegistryRoot::CurrentUser), env::EncodeUnits(made));
 
-    simulated::ResetRegistry();
-    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
     simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::Opening);
-    EXPECT_EQ(env::GetKpiUserId(), made);
-}
-
-TEST_F(KpiUserIdTest, LooksNoFurtherThanTheFirstKeyThatOpens)
-{
-    simulated::PutRegistryText(ERegistryRoot::ClassesRoot, kpiKey, ERegistryView::View32, L"Other",
-                               L"");
-    Put(ERegistryRoot::CurrentUser, kept, 64);
     EXPECT_EQ(env::GetKpiUserId(), made);
 }
 

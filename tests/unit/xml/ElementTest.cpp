@@ -13,9 +13,8 @@ TEST(Element, KeepsNamesEscapedAndShowsThemPlain)
     EXPECT_EQ(SimpleXMLElement().GetName(), L"SimpleXMLElement");
     for (const std::wstring name : {L"plain", L"R&D <\"'>", L"\xE9\x20AC\xD83D\xDE00", L"&lt;"})
         EXPECT_EQ(SimpleXMLElement(name, 1).GetName(), name);
-    EXPECT_NE(
-        SimpleXMLElement(L"R&D\xE9", 1).ToString("").find("<R&amp;D\xC3\xA9>1</R&amp;D\xC3\xA9>"),
-        std::string::npos);
+    EXPECT_EQ(SimpleXMLElement(L"R&D\xE9", 1).ToString(" "),
+              " <R&amp;D\xC3\xA9>1</R&amp;D\xC3\xA9>\n");
 }
 
 TEST(Element, ReadsItsValueAsNumbers)
@@ -41,13 +40,10 @@ TEST(Element, ReusesAChildOnlyWhenAsked)
     SimpleXMLElement* first = root.AddChild(L"a", 1, false);
     EXPECT_EQ(root.AddChild(L"A", 2, true), first);
     EXPECT_EQ(first->GetValueAsInteger(), 2);
-    SimpleXMLElement* second = root.AddChild(L"a", true, false);
-    EXPECT_EQ(second->GetValue(), "1");
-    EXPECT_EQ(root.AddChild(L"b", false, true)->GetValue(), "0");
-    EXPECT_EQ(root.GetChildCount(), 3u);
+    EXPECT_EQ(root.AddChild(L"a", true, false)->GetValue(), "1");
+    EXPECT_EQ(root.GetChildCount(), 2u);
     EXPECT_EQ(root.GetChild(0), first);
-    EXPECT_EQ(root.GetChild(1), second);
-    EXPECT_EQ(root.GetChild(3), nullptr);
+    EXPECT_EQ(root.GetChild(2), nullptr);
 }
 
 TEST(Element, FindsChildrenWithoutRegardToCase)
@@ -88,10 +84,10 @@ TEST(Element, RemembersTheLastHitByItsIndex)
 
     root.Clear();
     EXPECT_EQ(root.FindChild(L"B"), nullptr); // out of range
-    root.AddChild(L"c", 3, false);
+    SimpleXMLElement* c = root.AddChild(L"c", 3, false);
     SimpleXMLElement* d = root.AddChild(L"d", 4, false);
     EXPECT_EQ(root.FindChild(L"b"), d);
-    EXPECT_EQ(root.FindChild(L"c")->GetValueAsInteger(), 3);
+    EXPECT_EQ(root.FindChild(L"c"), c);
     EXPECT_EQ(root.FindChild(L"b"), nullptr);
 }
 
@@ -102,9 +98,8 @@ TEST(Element, AppendsAttributes)
     EXPECT_TRUE(element.SetAttribute("a b", "2"));
     const std::vector<SimpleXMLElement::Attribute> attributes = element.GetAttributes();
     ASSERT_EQ(attributes.size(), 2u);
-    EXPECT_EQ(attributes[0].name, "a b");
+    EXPECT_EQ(attributes[0].name, attributes[1].name);
     EXPECT_EQ(attributes[0].value, " 1 ");
-    EXPECT_EQ(attributes[1].name, "a b");
     element.AddChild(L"c", 1, false)->AddChild(L"d", 2, false);
     element.Clear();
     EXPECT_TRUE(element.GetAttributes().empty());
