@@ -162,7 +162,7 @@ TEST(VnString, FormatsAsPrintfDoes)
         VnString formatted;
         const wchar_t* expected;
     } cases[] = {
-        {VnString::Format(L"%d|%5d|%-5d|%05d|%+d|% d", 1, 2, 3, 4, 5, 6),
+        {VnString::Format(L"%d|%5d|%-05d|%05d|%+d|% d", 1, 2, 3, 4, 5, 6),
          L"1|    2|3    |00004|+5| 6"},
         {VnString::Format(L"%.3d|%8.3d|%-8.3d|%08.3d|%.0d|", 7, -7, 7, 7, 0),
          L"007|    -007|007     |     007||"},
