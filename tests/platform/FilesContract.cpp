@@ -1,14 +1,11 @@
 #include "platform/Files.h"
 #include "tests/platform/System.h"
 
-#include <string_view>
-
 namespace contract {
 
 namespace {
 
 using namespace std::string_literals;
-using Names = std::vector<std::wstring>;
 using Files = CFolderTest;
 
 std::string Read(const std::wstring& path)
@@ -18,27 +15,20 @@ std::string Read(const std::wstring& path)
     return bytes;
 }
 
-TEST_F(Files, ReplacedContentsAreReadBackAndNothingElseIsLeft)
+TEST_F(Files, AreReplacedWholeOrNotAtAll)
 {
-    const std::string contents[] = {"first", "", "\0\r\n\x1A\xFF"s, std::string(70'000, 'x'), "y"};
-    for (const std::string& bytes : contents)
+    const std::wstring file = PathOf(L"file.dat");
+    for (const std::string& bytes : {"\0\r\n\x1A\xFF"s, ""s, std::string(70'000, 'x'), "old"s})
     {
-        EXPECT_TRUE(platform::ReplaceFileContents(PathOf(L"file.dat"), bytes));
-        EXPECT_EQ(Read(PathOf(L"file.dat")), bytes);
+        EXPECT_TRUE(platform::ReplaceFileContents(file, bytes));
+        EXPECT_EQ(Read(file), bytes);
     }
-    EXPECT_EQ(ListFiles(folder), Names{L"file.dat"});
-}
-
-TEST_F(Files, AFailedReplacementChangesNothing)
-{
-    ASSERT_TRUE(platform::ReplaceFileContents(PathOf(L"file.dat"), "old"));
     EXPECT_FALSE(platform::ReplaceFileContents(PathOf(L"none\\file.dat"), "new"));
-    EXPECT_FALSE(platform::ReplaceFileContents(PathOf(L"file.dat\\below"), "new"));
     ASSERT_TRUE(platform::CreateFolder(PathOf(L"below")));
     EXPECT_FALSE(platform::ReplaceFileContents(PathOf(L"below"), "new"));
     RemoveFolder(PathOf(L"below"));
-    EXPECT_EQ(ListFiles(folder), Names{L"file.dat"});
-    EXPECT_EQ(Read(PathOf(L"file.dat")), "old");
+    EXPECT_EQ(ListFiles(folder), std::vector<std::wstring>{L"file.dat"});
+    EXPECT_EQ(Read(file), "old");
 }
 
 TEST_F(Files, ReadingKeepsToTheLimitAndLeavesTheOutputAloneOnFailure)
@@ -48,7 +38,6 @@ TEST_F(Files, ReadingKeepsToTheLimitAndLeavesTheOutputAloneOnFailure)
     EXPECT_FALSE(platform::ReadWholeFile(PathOf(L"file.dat"), 4, bytes));
     EXPECT_FALSE(platform::ReadWholeFile(PathOf(L"none.dat"), 100, bytes));
     EXPECT_FALSE(platform::ReadWholeFile(folder, 100, bytes));
-    EXPECT_FALSE(platform::ReadWholeFile(L"", 100, bytes));
     EXPECT_FALSE(platform::ReadWholeFile(L"NUL", 100, bytes)) << "a device";
     EXPECT_EQ(bytes, "before");
     EXPECT_TRUE(platform::ReadWholeFile(PathOf(L"file.dat"), 5, bytes));
@@ -68,81 +57,54 @@ TEST_F(Files, FoldersAreCreatedOneAtATime)
     EXPECT_FALSE(platform::CreateFolder(below)) << "a file has the name";
 }
 
-TEST_F(Files, OnlyFilesAreRemovedAndOnlyOnce)
+TEST_F(Files, OnlyWritableFilesAreRemovedAndOnlyOnce)
 {
-    ASSERT_TRUE(platform::ReplaceFileContents(PathOf(L"file.dat"), "x"));
-    EXPECT_TRUE(platform::RemoveFile(PathOf(L"file.dat")));
-    EXPECT_FALSE(platform::FileSystemItemExists(PathOf(L"file.dat")));
-    EXPECT_FALSE(platform::RemoveFile(PathOf(L"file.dat")));
+    const std::wstring file = PathOf(L"file.dat");
+    ASSERT_TRUE(platform::ReplaceFileContents(file, "x"));
+    SetReadOnly(file, true);
+    EXPECT_FALSE(platform::RemoveFile(file));
+    EXPECT_EQ(Read(file), "x");
+    SetReadOnly(file, false);
+    EXPECT_TRUE(platform::RemoveFile(file));
+    EXPECT_FALSE(platform::FileSystemItemExists(file));
+    EXPECT_FALSE(platform::RemoveFile(file));
     EXPECT_FALSE(platform::RemoveFile(folder));
     EXPECT_TRUE(platform::FileSystemItemExists(folder));
-}
-
-TEST_F(Files, AReadOnlyFileIsReadAndNotRemoved)
-{
-    ASSERT_TRUE(platform::ReplaceFileContents(PathOf(L"file.dat"), "x"));
-    SetReadOnly(PathOf(L"file.dat"), true);
-    EXPECT_FALSE(platform::RemoveFile(PathOf(L"file.dat")));
-    EXPECT_EQ(Read(PathOf(L"file.dat")), "x");
-    SetReadOnly(PathOf(L"file.dat"), false);
-    EXPECT_TRUE(platform::RemoveFile(PathOf(L"file.dat")));
 }
 
 TEST_F(Files, OneItemHasManyPaths)
 {
     ASSERT_TRUE(platform::ReplaceFileContents(PathOf(L"Gr\u00F6\u00DFe.dat"), "x"));
-    const struct
-    {
-        const char* what;
-        std::wstring path;
-        bool exists;
-    } cases[] = {
-        {"as created", folder + L"\\Gr\u00F6\u00DFe.dat", true},
-        {"doubled backslash", folder + L"\\\\Gr\u00F6\u00DFe.dat", true},
-        {"forward slash", folder + L"/Gr\u00F6\u00DFe.dat", true},
-        {"other case", folder + L"\\gR\u00D6\u00DFE.DAT", true},
-        {"literal", L"\\\\?\\" + folder + L"\\Gr\u00F6\u00DFe.dat", true},
-        {"other name", folder + L"\\Gr\u00F6\u00DFe", false},
-        {"folder with separator", folder + L"\\", true},
-        {"nothing", L"", false},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(platform::FileSystemItemExists(c.path), c.exists) << c.what;
+    for (const std::wstring& path :
+         {folder + L"\\\\Gr\u00F6\u00DFe.dat", folder + L"/gR\u00D6\u00DFE.DAT",
+          L"\\\\?\\" + folder + L"\\Gr\u00F6\u00DFe.dat", folder + L"\\"})
+        EXPECT_TRUE(platform::FileSystemItemExists(path)) << testing::PrintToString(path);
+    EXPECT_FALSE(platform::FileSystemItemExists(PathOf(L"Gr\u00F6\u00DFe")));
+    EXPECT_FALSE(platform::FileSystemItemExists(L""));
 }
 
-TEST_F(Files, EnvironmentVariablesAreReplacedWhereTheyExist)
+TEST_F(Files, EnvironmentVariablesAreReplacedWhereTheyExistAndFit)
 {
     SetEnvironmentText(L"ZO_CONTRACT", L"va%lue");
     const struct
     {
         const wchar_t* text;
-        const wchar_t* expanded;
+        std::size_t limit;
+        const wchar_t* expanded; // what was there before when it does not fit
     } cases[] = {
-        {L"", L""},
-        {L"plain", L"plain"},
-        {L"a%ZO_CONTRACT%b", L"ava%lueb"},
-        {L"%zo_contract%%ZO_Contract%", L"va%lueva%lue"},
-        {L"%ZO_NONE%", L"%ZO_NONE%"},
-        {L"%ZO_NONE%ZO_CONTRACT%", L"%ZO_NONE%ZO_CONTRACT%"},
-        {L"100%", L"100%"},
-        {L"%%", L"%%"},
+        {L"a%ZO_CONTRACT%b", 9, L"ava%lueb"},
+        {L"a%ZO_CONTRACT%b", 8, L"before"},
+        {L"%zo_contract%%ZO_Contract%", 100, L"va%lueva%lue"},
+        {L"%ZO_NONE%ZO_CONTRACT%", 100, L"%ZO_NONE%ZO_CONTRACT%"},
+        {L"%% 100%", 100, L"%% 100%"},
     };
     for (const auto& c : cases)
     {
         std::wstring expanded = L"before";
-        EXPECT_TRUE(platform::ExpandEnvironment(c.text, 100, expanded));
+        const bool fits = platform::ExpandEnvironment(c.text, c.limit, expanded);
         EXPECT_EQ(expanded, c.expanded);
+        EXPECT_EQ(fits, expanded != L"before");
     }
-}
-
-TEST_F(Files, AnExpansionThatDoesNotFitChangesNothing)
-{
-    SetEnvironmentText(L"ZO_CONTRACT", L"12345");
-    std::wstring expanded = L"before";
-    EXPECT_FALSE(platform::ExpandEnvironment(L"%ZO_CONTRACT%", 5, expanded));
-    EXPECT_EQ(expanded, L"before");
-    EXPECT_TRUE(platform::ExpandEnvironment(L"%ZO_CONTRACT%", 6, expanded));
-    EXPECT_EQ(expanded, L"12345");
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "platform/Registry.h"
 #include "tests/platform/System.h"
 
-#include <algorithm>
 #include <map>
 
 namespace contract {
@@ -16,6 +15,7 @@ using platform::ERegistryView;
 using Bytes = std::vector<std::uint8_t>;
 
 const std::wstring ownClass = L"CLSID\\{B2C64E0F-9A17-4D33-8F5B-60E1A7D2C984}";
+const std::wstring ownUserClass = L"SOFTWARE\\Classes\\" + ownClass;
 const std::wstring ownUserKey = L"Software\\ZoTracker contract";
 
 class Registry : public testing::Test
@@ -34,8 +34,7 @@ protected:
         {
             RemoveKey(ERegistryRoot::ClassesRoot, ownClass, view);
             RemoveKey(ERegistryRoot::CurrentUser, ownClass, view);
-            RemoveKey(ERegistryRoot::CurrentUser, L"Software\\Classes\\" + ownClass, view);
-            RemoveKey(ERegistryRoot::CurrentUser, ownUserKey + L"\\below", view);
+            RemoveKey(ERegistryRoot::CurrentUser, ownUserClass, view);
             RemoveKey(ERegistryRoot::CurrentUser, ownUserKey, view);
         }
     }
@@ -64,103 +63,83 @@ protected:
     }
 };
 
+// Whether the user's classes are separate too depends on the system's version; each view sees its
+// own in every one.
 TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
 {
+    using enum ERegistryView;
+    using Views = std::vector<ERegistryView>;
     const struct
     {
         const char* what;
         ERegistryRoot root;
         std::wstring subKey;
         ERegistryView created;
-        bool inDefault, in32, in64;
+        Views seen;
+        Views hidden;
     } cases[] = {
-        {"class, 32", ERegistryRoot::ClassesRoot, ownClass, ERegistryView::View32, false, true,
-         false},
-        {"class, 64", ERegistryRoot::ClassesRoot, ownClass, ERegistryView::View64, true, false,
-         true},
-        {"class, default", ERegistryRoot::ClassesRoot, ownClass, ERegistryView::Default, true,
-         false, true},
-        {"user's own CLSID", ERegistryRoot::CurrentUser, ownClass, ERegistryView::View32, true,
-         true, true},
-        {"user's software", ERegistryRoot::CurrentUser, ownUserKey, ERegistryView::View32, true,
-         true, true},
+        {"class", ERegistryRoot::ClassesRoot, ownClass, View32, {View32}, {View64, Default}},
+        {"class", ERegistryRoot::ClassesRoot, ownClass, Default, {View64, Default}, {View32}},
+        {"user's class", ERegistryRoot::CurrentUser, ownUserClass, View32, {View32}, {}},
+        {"user's class", ERegistryRoot::CurrentUser, ownUserClass, View64, {View64}, {}},
+        {"CLSID", ERegistryRoot::CurrentUser, ownClass, View32, {View32, View64, Default}, {}},
+        {"other", ERegistryRoot::CurrentUser, ownUserKey, View32, {View32, View64, Default}, {}},
     };
     for (const auto& c : cases)
     {
-        bool existed = true;
-        ASSERT_TRUE(CRegistryKey::Create(c.root, c.subKey, c.created, existed)) << c.what;
-        EXPECT_FALSE(existed) << c.what;
         const auto opens = [&c](ERegistryView view) {
-            return bool(CRegistryKey::Open(c.root, c.subKey, ERegistryAccess::Read, view));
+            return bool(CRegistryKey::Open(c.root, c.subKey, ERegistryAccess::All, view));
         };
-        EXPECT_EQ(opens(ERegistryView::Default), c.inDefault) << c.what;
-        EXPECT_EQ(opens(ERegistryView::View32), c.in32) << c.what;
-        EXPECT_EQ(opens(ERegistryView::View64), c.in64) << c.what;
-        ASSERT_TRUE(CRegistryKey::Create(c.root, c.subKey, c.created, existed)) << c.what;
-        EXPECT_TRUE(existed) << c.what;
+        for (const bool expected : {false, true})
+        {
+            bool existed = !expected;
+            ASSERT_TRUE(CRegistryKey::Create(c.root, c.subKey, c.created, existed)) << c.what;
+            EXPECT_EQ(existed, expected) << c.what;
+        }
+        for (const ERegistryView view : c.seen)
+            EXPECT_TRUE(opens(view)) << c.what << static_cast<int>(view);
+        for (const ERegistryView view : c.hidden)
+            EXPECT_FALSE(opens(view)) << c.what << static_cast<int>(view);
         RemoveKeys();
     }
 }
 
-// Whether the user's classes are separate too depends on the system's version; each view sees its
-// own in every one.
-TEST_F(Registry, AUsersClassIsSeenInTheViewThatCreatedIt)
+TEST_F(Registry, WhatIsMissingFailsAndAReadKeyIsNotWritten)
 {
-    const std::wstring subKey = L"SOFTWARE\\Classes\\" + ownClass;
-    for (const ERegistryView view : {ERegistryView::View32, ERegistryView::View64})
+    const CRegistryKey none = OpenOwn(ERegistryAccess::All);
+    EXPECT_FALSE(none);
+    CreateOwn();
+    CRegistryKey keys[2];
+    keys[1] = OpenOwn(ERegistryAccess::Read);
+    for (CRegistryKey& key : keys)
     {
-        bool existed = true;
-        ASSERT_TRUE(CRegistryKey::Create(ERegistryRoot::CurrentUser, subKey, view, existed));
-        EXPECT_TRUE(
-            CRegistryKey::Open(ERegistryRoot::CurrentUser, subKey, ERegistryAccess::All, view));
-        RemoveKeys();
+        std::uint32_t type = 99;
+        Bytes buffer(8);
+        std::size_t size = 99;
+        EXPECT_FALSE(key.Set(L"ID", 3, {1}));
+        EXPECT_FALSE(key.QueryType(L"ID", type));
+        EXPECT_EQ(key.Query(L"ID", buffer, size), ERegistryQuery::Failed);
+        EXPECT_EQ(type, 99u);
+        EXPECT_EQ(size, 99u);
     }
-}
-
-TEST_F(Registry, OpeningWhatIsMissingGivesAnEmptyKeyThatRefusesEverything)
-{
-    CRegistryKey key = OpenOwn(ERegistryAccess::All);
-    EXPECT_FALSE(key);
-    std::uint32_t type = 99;
-    Bytes buffer(8);
-    std::size_t size = 99;
-    EXPECT_FALSE(key.QueryType(L"ID", type));
-    EXPECT_EQ(key.Query(L"ID", buffer, size), ERegistryQuery::Failed);
-    EXPECT_FALSE(key.Set(L"ID", platform::registrySz, {0, 0}));
-    EXPECT_EQ(type, 99u);
-    EXPECT_EQ(size, 99u);
-}
-
-TEST_F(Registry, CreatingMakesTheWholePathAndNamesIgnoreCase)
-{
-    bool existed = true;
-    ASSERT_TRUE(CRegistryKey::Create(ERegistryRoot::CurrentUser, ownUserKey + L"\\below",
-                                     ERegistryView::View32, existed));
-    EXPECT_FALSE(existed);
-    EXPECT_TRUE(OpenOwn(ERegistryAccess::Read));
-    CRegistryKey key =
-        CRegistryKey::Open(ERegistryRoot::CurrentUser, L"SOFTWARE\\zotracker CONTRACT",
-                           ERegistryAccess::All, ERegistryView::View32);
-    ASSERT_TRUE(key);
-    ASSERT_TRUE(key.Set(L"Name", 3, {1, 2}));
-    EXPECT_EQ(Read(key, L"nAME", 2), (Bytes{1, 2}));
 }
 
 TEST_F(Registry, ValuesKeepTheirTypeAndExactBytes)
 {
-    const Bytes units = {'a', 0, 0xAC, 0x20};
+    Bytes unterminated(66, 0x31);
+    unterminated[64] = unterminated[65] = 0;
+    unterminated.resize(64); // the zeros stay behind the end
     const std::map<std::wstring, std::pair<std::uint32_t, Bytes>> values = {
-        {L"terminated", {platform::registrySz, {'a', 0, 0, 0}}},
-        {L"unterminated", {platform::registrySz, units}},
-        {L"odd", {3, {1, 2, 3}}},
-        {L"number", {platform::registryDword, {0x78, 0x56, 0x34, 0x12}}},
-        {L"empty", {3, {}}},
+        {L"terminated", {platform::registrySz, {'a', 0, 0, 0}}},          {L"odd", {3, {1, 2, 3}}},
+        {L"number", {platform::registryDword, {0x78, 0x56, 0x34, 0x12}}}, {L"empty", {3, {}}},
         {L"long", {platform::registryExpandSz, Bytes(40'000, 0x41)}},
     };
     CRegistryKey key = CreateOwn();
     for (const auto& [name, value] : values)
         ASSERT_TRUE(key.Set(name, value.first, value.second));
+    ASSERT_TRUE(key.Set(L"unterminated", platform::registrySz, unterminated));
     key = OpenOwn(ERegistryAccess::Read);
+    EXPECT_EQ(Read(key, L"UNterminated", 100).size(), 64u);
     for (const auto& [name, value] : values)
     {
         std::uint32_t type = 0;
@@ -169,43 +148,13 @@ TEST_F(Registry, ValuesKeepTheirTypeAndExactBytes)
         EXPECT_EQ(Read(key, name, 40'000), value.second);
         EXPECT_EQ(Read(key, name, value.second.size()), value.second);
     }
-}
-
-TEST_F(Registry, ATextIsStoredWithoutTheZeroThatFollowsItInMemory)
-{
-    Bytes bytes(68, 0);
-    std::fill_n(bytes.begin(), 64, std::uint8_t{0x31});
-    bytes.resize(64); // the zeros stay behind the end
-    CRegistryKey key = CreateOwn();
-    ASSERT_TRUE(key.Set(L"ID", platform::registrySz, bytes));
-    EXPECT_EQ(Read(key, L"ID", 100).size(), 64u);
-}
-
-TEST_F(Registry, ATooSmallBufferIsMoreData)
-{
-    CRegistryKey key = CreateOwn();
-    ASSERT_TRUE(key.Set(L"ID", 3, {1, 2, 3}));
     for (std::size_t room = 0; room < 3; ++room)
     {
         Bytes buffer(room);
         std::size_t size = 0;
-        EXPECT_EQ(key.Query(L"ID", buffer, size), ERegistryQuery::MoreData) << room;
+        EXPECT_EQ(key.Query(L"odd", buffer, size), ERegistryQuery::MoreData) << room;
         EXPECT_EQ(size, 3u) << room;
     }
-}
-
-TEST_F(Registry, AMissingValueFailsAndAReadKeyIsNotWritten)
-{
-    CreateOwn();
-    CRegistryKey key = OpenOwn(ERegistryAccess::Read);
-    std::uint32_t type = 99;
-    Bytes buffer(8);
-    std::size_t size = 99;
-    EXPECT_FALSE(key.Set(L"ID", 3, {1}));
-    EXPECT_FALSE(key.QueryType(L"ID", type));
-    EXPECT_EQ(key.Query(L"ID", buffer, size), ERegistryQuery::Failed);
-    EXPECT_EQ(type, 99u);
-    EXPECT_EQ(size, 99u);
 }
 
 } // namespace

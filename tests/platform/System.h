@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Files.h"
+#include "platform/HostPaths.h"
 #include "platform/Registry.h"
 
 #include <gtest/gtest.h>
@@ -31,8 +33,12 @@ void RemoveKey(platform::ERegistryRoot root, const std::wstring& subKey,
 class CFolderTest : public testing::Test
 {
 protected:
-    CFolderTest();
-    ~CFolderTest() override;
+    CFolderTest() : folder((BeginCase(), platform::GetSpecialFolder(35) + L"\\ZoTracker contract"))
+    {
+        RemoveFolder(folder);
+        EXPECT_TRUE(platform::CreateFolder(folder));
+    }
+    ~CFolderTest() override { RemoveFolder(folder); }
 
     std::wstring PathOf(const std::wstring& name) const { return folder + L"\\" + name; }
 

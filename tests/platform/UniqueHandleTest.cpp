@@ -1,6 +1,6 @@
 #include "platform/win32/UniqueHandle.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <vector>
 
@@ -8,10 +8,8 @@ namespace platform {
 
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-std::vector<int> closed;
+using Numbers = std::vector<int>;
+Numbers closed;
 
 struct NumberTraits
 {
@@ -26,52 +24,37 @@ struct NumberTraits
 };
 using CNumber = CUniqueHandle<NumberTraits>;
 
-class UniqueHandle : public testing::Test
+TEST(UniqueHandle, ClosesOnceAndLeavesTheLastErrorAlone)
 {
-protected:
-    UniqueHandle() { closed.clear(); }
-};
-
-TEST_F(UniqueHandle, ClosesOnceAtTheEnd)
-{
+    closed.clear();
+    ::SetLastError(ERROR_FILE_NOT_FOUND);
     {
         CNumber first(1);
         CNumber second(std::move(first));
         EXPECT_FALSE(first);
         EXPECT_EQ(second.Get(), 1);
-        EXPECT_THAT(closed, IsEmpty());
+        EXPECT_EQ(closed, Numbers());
+        CNumber& same = second;
+        second = std::move(same);
+        EXPECT_EQ(second.Get(), 1);
     }
-    EXPECT_THAT(closed, ElementsAre(1));
+    EXPECT_EQ(closed, (Numbers{1}));
+    EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
-TEST_F(UniqueHandle, ClosesWhatItHeldWhenGivenAnother)
+TEST(UniqueHandle, ClosesWhatItHeldWhenGivenAnother)
 {
+    closed.clear();
     CNumber kept(1);
     kept = CNumber(2);
-    EXPECT_THAT(closed, ElementsAre(1));
+    EXPECT_EQ(closed, (Numbers{1}));
     kept.Reset(3);
-    EXPECT_THAT(closed, ElementsAre(1, 2));
+    EXPECT_EQ(closed, (Numbers{1, 2}));
     *kept.Put() = 4;
-    EXPECT_THAT(closed, ElementsAre(1, 2, 3));
+    EXPECT_EQ(closed, (Numbers{1, 2, 3}));
     EXPECT_EQ(kept.Release(), 4);
     kept.Reset();
-    EXPECT_THAT(closed, ElementsAre(1, 2, 3));
-}
-
-TEST_F(UniqueHandle, SurvivesMovingIntoItself)
-{
-    CNumber kept(1);
-    CNumber& same = kept;
-    kept = std::move(same);
-    EXPECT_EQ(kept.Get(), 1);
-    EXPECT_THAT(closed, IsEmpty());
-}
-
-TEST_F(UniqueHandle, ClosingLeavesTheLastErrorAlone)
-{
-    ::SetLastError(ERROR_FILE_NOT_FOUND);
-    CNumber(1).Reset();
-    EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(closed, (Numbers{1, 2, 3}));
 }
 
 } // namespace

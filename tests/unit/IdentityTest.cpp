@@ -33,7 +33,6 @@ const wchar_t* const idFile = L"C:\\ProgramData\\veltrano\\ComputerID.dat";
 // The digest of "SOMEWHERE6C65746E49656E691500000000_123456", which a machine without a suitable
 // adapter makes at that time.
 const wchar_t* const madeId = L"45bf7bd3855837f97110ae0f73edf5d2";
-const wchar_t* const storedId = L"0123456789abcdef0123456789abcdef";
 
 class IdentityTest : public testing::Test
 {
@@ -47,23 +46,18 @@ protected:
         simulated::SetUnixTime(1'500'000'000);
         simulated::SetTickMilliseconds(123'456);
     }
-
-    static void PutComputerId(const wchar_t* id)
+    static void PutComputerId()
     {
         simulated::PutRegistryText(ERegistryRoot::ClassesRoot, computerKey, ERegistryView::Default,
-                                   L"ID", id);
+                                   L"ID", L"0123456789abcdef0123456789abcdef");
     }
 
     using Text = std::optional<std::wstring>;
-    static Text FindPrimary()
+    static Text FindSaved(ERegistryRoot root)
     {
-        return simulated::FindRegistryText(ERegistryRoot::ClassesRoot, computerKey,
-                                           ERegistryView::View32, L"ID");
-    }
-    static Text FindPerUser()
-    {
-        return simulated::FindRegistryText(ERegistryRoot::CurrentUser, userKey,
-                                           ERegistryView::View32, L"ID");
+        return simulated::FindRegistryText(
+            root, root == ERegistryRoot::ClassesRoot ? computerKey : userKey, ERegistryView::View32,
+            L"ID");
     }
     static void SetHostName(const wchar_t* name)
     {
@@ -73,80 +67,68 @@ protected:
     }
 };
 
-TEST_F(IdentityTest, TakesTheComputerIdFromTheFirstStoreThatHasIt)
+TEST_F(IdentityTest, TakesTheComputerIdFromTheFirstStoreThatHasItAndRepairsThePrimaryOne)
 {
-    PutComputerId(L"from the registry");
-    simulated::PutFile(idFile, "[ID]\r\nCID=from the file\r\n");
-    EXPECT_EQ(env::GetComputerId(), L"from the registry");
-    EXPECT_FALSE(FindPrimary()); // nothing to repair
-
-    PutComputerId(L"changed");
-    EXPECT_EQ(env::GetComputerId(), L"from the registry");
-}
-
-TEST_F(IdentityTest, CopiesAnIdFromTheOtherStoresToThePrimaryOne)
-{
-    simulated::PutRegistryText(ERegistryRoot::CurrentUser, userKey, ERegistryView::Default, L"ID",
-                               L"from the user");
+    const auto put = [](ERegistryRoot root, const wchar_t* key, const wchar_t* id) {
+        simulated::PutRegistryText(root, key, ERegistryView::Default, L"ID", id);
+    };
+    put(ERegistryRoot::CurrentUser, userKey, L"from the user");
     EXPECT_EQ(env::GetComputerId(), L"from the user");
-    EXPECT_EQ(FindPrimary(), L"from the user");
+    EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), L"from the user");
 
-    env::ResetProcessCache();
-    const std::string longId(300, 'f');
-    simulated::PutFile(idFile, "[ID]\r\nCID=" + longId + "\r\n");
-    EXPECT_EQ(env::GetComputerId(), std::wstring(300, L'f'));
-    EXPECT_EQ(FindPrimary(), std::wstring(300, L'f'));
+    simulated::PutFile(idFile, "[ID]\r\nCID=" + std::string(300, 'f') + "\r\n");
+    EXPECT_EQ(env::GetComputerId(), L"from the user"); // once per process
+    for (const auto denial : {ERegistryDenial::None, ERegistryDenial::Opening})
+    {
+        env::ResetProcessCache();
+        simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, denial);
+        EXPECT_EQ(env::GetComputerId(), std::wstring(300, L'f'));
+        EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), std::wstring(300, L'f'));
+    }
     for (const auto& call : simulated::TakeProfileCalls())
         EXPECT_EQ(call.path, L"C:\\ProgramData\\\\veltrano\\ComputerID.dat");
 
     env::ResetProcessCache();
-    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
-    EXPECT_EQ(env::GetComputerId(), std::wstring(300, L'f'));
+    put(ERegistryRoot::ClassesRoot, computerKey, L"from the registry");
+    EXPECT_EQ(env::GetComputerId(), L"from the registry");
 }
 
-TEST_F(IdentityTest, SavesANewIdInExactlyOneStore)
+TEST_F(IdentityTest, SavesANewIdInTheFirstStoreThatAcceptsIt)
 {
-    EXPECT_EQ(env::GetComputerId(), madeId);
-    EXPECT_EQ(FindPrimary(), madeId);
-    EXPECT_FALSE(simulated::ReadFileBytes(idFile));
-    EXPECT_FALSE(FindPerUser());
-    EXPECT_TRUE(simulated::FolderExists(L"C:\\ProgramData\\veltrano"));
-}
+    const std::string fileBytes = "[ID]\r\nCID=45bf7bd3855837f97110ae0f73edf5d2\r\n";
+    const struct
+    {
+        const char* what;
+        ERegistryDenial denial; // of both roots
+        bool fileLocked;
+        Text inPrimary, inUser;
+        std::optional<std::string> inFile;
+    } cases[] = {
+        {"all accept", ERegistryDenial::None, false, madeId, {}, {}},
+        {"no registry", ERegistryDenial::Creating, false, {}, {}, fileBytes},
+        {"none accepts", ERegistryDenial::Opening, true, {}, {}, {}},
+    };
+    for (const auto& c : cases)
+    {
+        SetUp();
+        for (const auto root : {ERegistryRoot::ClassesRoot, ERegistryRoot::CurrentUser})
+            simulated::SetRegistryDenial(root, c.denial);
+        simulated::SetFolderLocked(L"C:\\ProgramData", c.fileLocked);
+        EXPECT_EQ(env::GetComputerId(), madeId) << c.what;
+        EXPECT_EQ(env::GetComputerId(), madeId) << c.what;
+        EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), c.inPrimary) << c.what;
+        EXPECT_EQ(FindSaved(ERegistryRoot::CurrentUser), c.inUser) << c.what;
+        EXPECT_EQ(simulated::ReadFileBytes(idFile), c.inFile) << c.what;
 
-TEST_F(IdentityTest, SavesANewIdInTheFileWhereThePrimaryStoreRefuses)
-{
-    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Creating);
-    EXPECT_EQ(env::GetComputerId(), madeId);
-    EXPECT_EQ(simulated::ReadFileBytes(idFile), "[ID]\r\nCID=45bf7bd3855837f97110ae0f73edf5d2\r\n");
-    EXPECT_FALSE(FindPrimary());
-    EXPECT_FALSE(FindPerUser());
-}
-
-TEST_F(IdentityTest, SavesANewIdForTheUserAsTheLastResort)
-{
-    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Setting);
-    simulated::SetFolderLocked(L"C:\\ProgramData", true);
-    simulated::SetFolderLocked(L"C:\\ProgramData\\veltrano", true);
-    EXPECT_EQ(env::GetComputerId(), madeId);
-    EXPECT_EQ(FindPerUser(), madeId);
-    EXPECT_FALSE(simulated::ReadFileBytes(idFile));
-
-    simulated::ResetRegistry();
-    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
-    simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::Opening);
-    EXPECT_EQ(env::GetComputerId(), madeId); // kept for the process at least
+        // The next process looks in its own view of the registry, not in the one written to.
+        env::ResetProcessCache();
+        simulated::SetUnixTime(1'500'000'001);
+        EXPECT_EQ(env::GetComputerId() == madeId, c.inFile.has_value()) << c.what;
+    }
+    simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::None);
     env::ResetProcessCache();
-    simulated::SetUnixTime(1'500'000'001);
-    EXPECT_NE(env::GetComputerId(), madeId);
-}
-
-// The two views of the classes root are apart in a 64-bit process, so the next one looks in vain.
-TEST_F(IdentityTest, DoesNotFindItsOwnIdInTheOtherView)
-{
-    env::GetComputerId();
-    env::ResetProcessCache();
-    simulated::SetUnixTime(1'500'000'001);
-    EXPECT_NE(env::GetComputerId(), madeId);
+    const std::wstring id = env::GetComputerId();
+    EXPECT_EQ(FindSaved(ERegistryRoot::CurrentUser), id); // the last resort
 }
 
 TEST_F(IdentityTest, ChoosesTheFirstIdentifyingAdapter)
@@ -162,7 +144,6 @@ TEST_F(IdentityTest, ChoosesTheFirstIdentifyingAdapter)
         Adapters adapters;
         const wchar_t* expected;
     } cases[] = {
-        {"none", {}, L"SOMEWHERE"},
         {"only unsuitable ones", {wireless, isolated, sum32}, L"SOMEWHERE"},
         {"first suitable one", {wireless, isolated, sum32, sum33, good}, L"08:08:08:08:00:01"},
         {"in the system's order", {good, sum33}, L"02:1A:FF:00:00:07"},
@@ -173,17 +154,10 @@ TEST_F(IdentityTest, ChoosesTheFirstIdentifyingAdapter)
             << c.what;
 }
 
-TEST_F(IdentityTest, DerivesAProductUserIdFromTheGivenName)
+TEST_F(IdentityTest, DerivesAProductUserIdAndKeepsTheHosts)
 {
-    PutComputerId(storedId);
-    EXPECT_EQ(env::GetProductUserId(L"Suite"), L"cc2e63cfdf452da1d9044442a6d3fb65");
+    PutComputerId();
     EXPECT_EQ(env::GetProductUserId(L"Optimizer Pro"), L"6ff80aa350188c20fcb26d7b973c065e");
-    EXPECT_EQ(env::GetProductUserId(L""), L"f36a473535edbe05eb84d0266b481c7c"); // "Host.exe"
-}
-
-TEST_F(IdentityTest, KeepsTheHostsProductUserId)
-{
-    PutComputerId(storedId);
     SetHostName(L"Suite");
     EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
     SetHostName(L"Optimizer Pro");
@@ -193,7 +167,7 @@ TEST_F(IdentityTest, KeepsTheHostsProductUserId)
 
 TEST_F(IdentityTest, WaitsWhileAnotherThreadComputesAProductUserId)
 {
-    PutComputerId(storedId);
+    PutComputerId();
     std::atomic<bool>& busy = env::CProcessCache::Get().productUserIdBusy;
     busy = true;
     platform::CThread thread;
@@ -208,15 +182,15 @@ TEST_F(IdentityTest, WaitsWhileAnotherThreadComputesAProductUserId)
     EXPECT_TRUE(thread.IsActive());
     busy = false;
     thread.Join();
+    thread.Close();
     EXPECT_EQ(simulated::GetElapsedMilliseconds(), 30);
     EXPECT_FALSE(busy);
     EXPECT_EQ(env::GetProductUserId(L""), L"f36a473535edbe05eb84d0266b481c7c");
-    thread.Close();
 }
 
 TEST_F(IdentityTest, DoesNotWaitForAThreadThatEndedWithTheProcess)
 {
-    PutComputerId(storedId);
+    PutComputerId();
     env::CProcessCache::Get().productUserIdBusy = true;
     simulated::EndProcess();
     EXPECT_EQ(env::GetProductUserId(L"Suite"), L"cc2e63cfdf452da1d9044442a6d3fb65");
@@ -245,15 +219,10 @@ TEST_F(IdentityTest, OverlapsThePiecesOfAKpiUserId)
         const wchar_t* name;
         const wchar_t* expected;
     } cases[] = {
-        {"ten digits", 1234567890, 1500000000, L"AB", L"12345678901500000000656665666566"},
-        {"nine digits", 123456789, 1500000000, L"AB", L"12345678915000000065666566656665"},
         {"five digits", 12345, 1500000000, L"AB", L"12345150006566656665666566656665"},
-        {"just started", 0, 1500000000, L"AB", L"01656665666566656665666566656665"},
         {"last piece cut", 123456789, 1500000000, L"d", L"12345678915000000010010010010010"},
         {"wide name", 1234567890, 1500000000, L"\x0416", L"12345678901500000000104610461046"},
         {"long uptime", 4294967295, 1500000000, L"AB", L"-1156566656665666566656665666566"},
-        {"time shorter than ticks", 0x80000000, 1500000000, L"AB",
-         L"-2147483648150000000006566656665"},
         {"clock never set", 1234567890, 7, L"AB", L"12345678907000000000656665666566"},
         {"longest texts", 0x80000000, INT64_MIN, L"AB", L"-2147483648-92233720366566656665"},
     };
@@ -283,54 +252,32 @@ protected:
     const std::wstring made = L"12345615000067797780858469826779";
 };
 
-TEST_F(KpiUserIdTest, IsKeptWithoutATerminator)
-{
-    EXPECT_EQ(env::GetKpiUserId(), made);
-    EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), env::EncodeUnits(made));
-    EXPECT_TRUE(FindBytes(ERegistryRoot::CurrentUser).empty());
-    simulated::SetTickMilliseconds(5);
-    EXPECT_EQ(env::GetKpiUserId(), made);
-}
-
 TEST_F(KpiUserIdTest, IsMadeAnewUnlessItHasItsExactLength)
 {
-    const struct
+    for (const std::size_t size : {64, 66, 62, 63, 0})
     {
-        std::size_t size;
-        const std::wstring& expected;
-    } cases[] = {{64, kept}, {66, made}, {62, made}, {63, made}, {0, made}};
-    for (const auto& c : cases)
-    {
-        Put(ERegistryRoot::ClassesRoot, kept, c.size);
-        EXPECT_EQ(env::GetKpiUserId(), c.expected) << c.size;
-        EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), env::EncodeUnits(c.expected)) << c.size;
+        const std::wstring& expected = size == 64 ? kept : made;
+        Put(ERegistryRoot::ClassesRoot, kept, size);
+        EXPECT_EQ(env::GetKpiUserId(), expected) << size;
+        EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), env::EncodeUnits(expected)) << size;
     }
+    EXPECT_TRUE(FindBytes(ERegistryRoot::CurrentUser).empty());
 }
 
-TEST_F(KpiUserIdTest, LivesWithTheUserWhereTheClassesRootIsClosed)
+TEST_F(KpiUserIdTest, LivesWithTheUserWhereTheClassesRootHasNoKeyThatOpens)
 {
     Put(ERegistryRoot::CurrentUser, kept, 64);
-    EXPECT_EQ(env::GetKpiUserId(), kept); // the classes root has no such key
+    EXPECT_EQ(env::GetKpiUserId(), kept);
+    Put(ERegistryRoot::ClassesRoot, made, 0);
+    EXPECT_EQ(env::GetKpiUserId(), made); // no further than the first key that opens
 
     simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
-    Put(ERegistryRoot::ClassesRoot, made, 64);
     EXPECT_EQ(env::GetKpiUserId(), kept);
-
     simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, kpiKey, ERegistryView::View32);
     EXPECT_EQ(env::GetKpiUserId(), made);
     EXPECT_EQ(FindBytes(ERegistryRoot::CurrentUser), env::EncodeUnits(made));
 
-    simulated::ResetRegistry();
-    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
     simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::Opening);
-    EXPECT_EQ(env::GetKpiUserId(), made);
-}
-
-TEST_F(KpiUserIdTest, LooksNoFurtherThanTheFirstKeyThatOpens)
-{
-    simulated::PutRegistryText(ERegistryRoot::ClassesRoot, kpiKey, ERegistryView::View32, L"Other",
-                               L"");
-    Put(ERegistryRoot::CurrentUser, kept, 64);
     EXPECT_EQ(env::GetKpiUserId(), made);
 }
 

@@ -13,21 +13,14 @@ protected:
     void SetUp() override { simulated::Reset(); }
 };
 
-// "Grüße €😀", the last character as a surrogate pair.
-const std::wstring greeting = L"Gr\x00FC\x00DF"
-                              L"e \x20AC\xD83D\xDE00";
-const char greetingBytes[] = "Gr\xC3\xBC\xC3\x9F"
-                             "e \xE2\x82\xAC\xF0\x9F\x98\x80";
-
 TEST_F(TextTest, ConvertsBetweenUnitsAndUtf8)
 {
-    EXPECT_EQ(env::Utf16ToUtf8(greeting), greetingBytes);
-    EXPECT_EQ(env::Utf8ToUtf16(greetingBytes), greeting);
-    EXPECT_EQ(env::Utf16ToUtf8(L""), "");
-    EXPECT_EQ(env::Utf8ToUtf16(""), L"");
-    EXPECT_EQ(env::Utf16ToUtf8(std::wstring(L"a\0b", 3)), std::string("a\0b", 3));
-    EXPECT_EQ(env::Utf8ToUtf16(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
-    EXPECT_EQ(env::Utf8ToUtf16("a\xFF"), L"a\xFFFD");
+    // "ü€😀" and a zero, the third character as a surrogate pair.
+    const std::wstring units(L"\x00FC\x20AC\xD83D\xDE00\0z", 6);
+    const std::string bytes("\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80\0z", 11);
+    EXPECT_EQ(env::Utf16ToUtf8(units), bytes);
+    EXPECT_EQ(env::Utf8ToUtf16(bytes), units);
+    EXPECT_EQ(env::Md5OfText(units), L"267ea7ce5d600bbfc13a075d494f7617"); // up to the zero
 }
 
 TEST_F(TextTest, ReadsOneLengthInTheDefaultCodePage)
@@ -35,11 +28,9 @@ TEST_F(TextTest, ReadsOneLengthInTheDefaultCodePage)
     // The euro sign: one unit in UTF-8, three in the default code page.
     const std::string euro = "\xE2\x82\xAC";
     const std::string filler(65'532, 'x');
-    EXPECT_EQ(env::Utf8ToUtf16(filler + euro).size(), 65'532u + 3);
     EXPECT_EQ(env::Utf8ToUtf16(filler + euro).substr(65'532), L"\x00E2\x201A\x00AC");
-    EXPECT_EQ(env::Utf8ToUtf16(filler.substr(1) + euro).size(), 65'532u);
-    EXPECT_EQ(env::Utf8ToUtf16(filler + "x" + euro).size(), 65'534u);
-    EXPECT_EQ(env::AnsiToUtf16("A\x80\xE9"), L"A\x20AC\x00E9");
+    EXPECT_EQ(env::Utf8ToUtf16(filler.substr(1) + euro).substr(65'531), L"\x20AC");
+    EXPECT_EQ(env::Utf8ToUtf16(filler + "x" + euro).substr(65'533), L"\x20AC");
 }
 
 TEST_F(TextTest, EscapesQueryValuesUnitByUnit)
@@ -50,32 +41,18 @@ TEST_F(TextTest, EscapesQueryValuesUnitByUnit)
         bool keepAlphanumerics;
         const wchar_t* expected;
     } cases[] = {
-        {L"", true, L""},
         {L"azAZ09", true, L"azAZ09"},
-        {L"a b", true, L"a%20b"},
+        {L"A1", false, L"%41%31"},
         {L"\t\n", true, L"%9%A"},
         {L"/0:9@A[`a{z", true, L"%2F0%3A9%40A%5B%60a%7Bz"},
-        {L"-_.~%&=+", true, L"%2D%5F%2E%7E%25%26%3D%2B"},
         {L"\x7F\x80\xA0", true, L"%7F%80%A0"},
         {L"\x00E9\x0416", true, L"\x00E9\x0416"}, // letters beyond ASCII stay, as they are
         {L"\x20AC\x0FFF\x0100", false, L"%20AC%FFF%100"},
         {L"\xD83D\xDE00", true, L"%D83D%DE00"},
         {std::wstring(1, L'\0'), true, L"%0"},
-        {L"A1", false, L"%41%31"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(env::EncodeQueryText(c.text, c.keepAlphanumerics), c.expected) << c.text;
-
-    std::wstring query = L"q=";
-    env::AppendQueryText(query, L"1+1", true);
-    EXPECT_EQ(query, L"q=1%2B1");
-}
-
-TEST_F(TextTest, HashesTextAsUtf8UpToAZero)
-{
-    EXPECT_EQ(env::Md5OfText(L""), L"d41d8cd98f00b204e9800998ecf8427e");
-    EXPECT_EQ(env::Md5OfText(greeting), L"e1678c65f64ec9f72476fbea4a671a4d");
-    EXPECT_EQ(env::Md5OfText(std::wstring(L"ab\0c", 4)), L"187ef4436122d1cc2f40dc2b92f0eba0");
 }
 
 TEST_F(TextTest, ReadsLeadingDecimals)
@@ -87,25 +64,18 @@ TEST_F(TextTest, ReadsLeadingDecimals)
         std::int64_t wide;
     } cases[] = {
         {L"", 0, 0},
-        {L"abc", 0, 0},
-        {L"0", 0, 0},
         {L"12abc", 12, 12},
         {L" \t\n\v\f\r+7", 7, 7},
         {L"-5 6", -5, -5},
         {L"- 5", 0, 0},
         {L"+-5", 0, 0},
-        {L"0x10", 0, 0},
-        {L"1.9", 1, 1},
         {L"000000000000000000000000012", 12, 12},
-        {L"2147483647", INT32_MAX, 2147483647},
         {L"2147483648", INT32_MAX, 2147483648},
-        {L"-2147483648", INT32_MIN, -2147483648},
         {L"-2147483649", INT32_MIN, -2147483649},
         {L"9223372036854775807", INT32_MAX, INT64_MAX},
         {L"9223372036854775808", INT32_MAX, INT64_MAX},
         {L"92233720368547758060", INT32_MAX, INT64_MAX},
         {L"-9223372036854775807", INT32_MIN, -INT64_MAX},
-        {L"-9223372036854775808", INT32_MIN, INT64_MIN},
         {L"-99999999999999999999999", INT32_MIN, INT64_MIN},
     };
     for (const auto& c : cases)

@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <vector>
 
 namespace {
@@ -42,58 +41,39 @@ public:
     std::vector<VnString> failures;
 };
 
-TEST(VnFileSystemItem, TellsTheFactsOfAnItem)
+TEST(VnFileSystemItem, ReadsAndSetsTheFactsOfAnItem)
 {
     const CTestFolder folder;
     folder.WriteFile(L"a/file.txt", "12345");
+    const VnFileSystemItem item = Item(folder, L"a/file.txt");
     VnItemFacts facts;
-    EXPECT_TRUE(Item(folder, L"a/file.txt").ReadFacts(facts));
+    EXPECT_TRUE(item.SetAttributes(attributeReadOnly));
+    EXPECT_TRUE(item.ReadFacts(facts));
     EXPECT_EQ(facts.kind, EItemKind::File);
     EXPECT_EQ(facts.size, 5u);
-    EXPECT_EQ(facts.attributes & (attributeFolder | attributeReadOnly), 0u);
-    const auto now = std::chrono::duration_cast<std::chrono::seconds>(
-                         std::chrono::system_clock::now().time_since_epoch())
-                         .count();
-    EXPECT_NEAR(static_cast<double>(facts.times.written / 10'000'000), static_cast<double>(now),
-                60);
+    EXPECT_NEAR(static_cast<double>(facts.times.written), 1e7 * static_cast<double>(std::time({})),
+                60e7);
+    EXPECT_EQ(facts.attributes & (attributeFolder | attributeReadOnly), attributeReadOnly);
+    EXPECT_TRUE(item.SetAttributes(attributeNormal));
+
+    const std::int64_t written = 12'345'678'901'234'567; // 2009-02-13 23:31:30.1234567
+    EXPECT_TRUE(item.SetTimes({.written = written}));
+    EXPECT_TRUE(item.SetTimes({.accessed = -10'000'001})); // before 1970
+    EXPECT_TRUE(item.ReadFacts(facts));
+    EXPECT_EQ(facts.attributes & attributeReadOnly, 0u);
+    EXPECT_EQ(facts.times.written, written);
+    EXPECT_EQ(facts.times.accessed, -10'000'001);
+
     EXPECT_TRUE(Item(folder, L"a").ReadFacts(facts));
     EXPECT_EQ(facts.kind, EItemKind::Folder);
     EXPECT_EQ(facts.size, 0u);
     EXPECT_NE(facts.attributes & attributeFolder, 0u);
-
     const VnResult missing = Item(folder, L"a/none").ReadFacts(facts);
+    EXPECT_EQ(Item(folder, L"a/none").ReadKind(), EItemKind::None);
     EXPECT_EQ(missing.GetKind(), EError::NotFound);
     EXPECT_EQ(missing.GetItem(), folder.At(L"a/none").GetText());
     EXPECT_TRUE(missing.GetText().StartsWith(missing.GetItem() + L": "));
     EXPECT_NE(missing.GetSystemError(), 0u);
-    EXPECT_EQ(Item(folder, L"a/none").ReadKind(), EItemKind::None);
-    EXPECT_FALSE(VnFileSystemItem(L"http://host/x").ReadFacts(facts));
-    EXPECT_FALSE(VnFileSystemItem(L"").Exists());
-}
-
-TEST(VnFileSystemItem, SetsAttributesAndTimes)
-{
-    const CTestFolder folder;
-    folder.WriteFile(L"f");
-    const VnFileSystemItem item = Item(folder, L"f");
-    VnItemFacts facts;
-    EXPECT_TRUE(item.SetAttributes(attributeReadOnly));
-    EXPECT_TRUE(item.ReadFacts(facts));
-    EXPECT_NE(facts.attributes & attributeReadOnly, 0u);
-    EXPECT_TRUE(item.SetAttributes(attributeNormal));
-    EXPECT_TRUE(item.ReadFacts(facts));
-    EXPECT_EQ(facts.attributes & attributeReadOnly, 0u);
-
-    const std::int64_t written = 12'345'678'901'234'567; // 2009-02-13 23:31:30.1234567
-    const std::int64_t accessedBefore = facts.times.accessed;
-    EXPECT_TRUE(item.SetTimes({.written = written}));
-    EXPECT_TRUE(item.ReadFacts(facts));
-    EXPECT_EQ(facts.times.written, written);
-    EXPECT_EQ(facts.times.accessed, accessedBefore);
-    EXPECT_TRUE(item.SetTimes({.accessed = -10'000'001})); // before 1970
-    EXPECT_TRUE(item.ReadFacts(facts));
-    EXPECT_EQ(facts.times.accessed, -10'000'001);
-    EXPECT_EQ(facts.times.written, written);
 }
 
 TEST(VnFileSystemItem, CreatesFoldersAndDeletesSingleItems)
@@ -109,6 +89,15 @@ TEST(VnFileSystemItem, CreatesFoldersAndDeletesSingleItems)
     EXPECT_TRUE(Item(folder, L"a/f").Delete());
     EXPECT_EQ(Item(folder, L"a/f").Delete().GetKind(), EError::NotFound);
     EXPECT_EQ(folder.List(), "a/ a/b/");
+
+    for (const wchar_t* path : {L"", L"/", L"..", L"http://host/a"})
+    {
+        CFollower follower;
+        follower.cancelAt = 1; // so that a fault deletes nothing
+        EXPECT_EQ(VnFileSystemItem(path).DeleteTree(&follower).GetKind(), EError::BadPath)
+            << VnString(path);
+    }
+    EXPECT_EQ(Item(folder, L"a").Copy(L"").GetKind(), EError::BadPath);
 }
 
 TEST(VnFileSystemItem, CopiesATree)
@@ -131,7 +120,6 @@ TEST(VnFileSystemItem, CopiesATree)
     EXPECT_NE(facts.attributes & attributeReadOnly, 0u);
     EXPECT_TRUE(Item(folder, L"t").DeleteTree()); // with the read-only file
     EXPECT_FALSE(folder.Has(L"t"));
-    EXPECT_TRUE(Item(folder, L"s").DeleteTree());
 }
 
 TEST(VnFileSystemItem, RefusesOrReplacesWhatIsThere)
@@ -165,14 +153,15 @@ TEST(VnFileSystemItem, NeverCopiesATreeIntoItself)
     const CTestFolder folder;
     folder.WriteFile(L"s/d/f");
     folder.MakeFolderLink(L"alias", L"s/d");
-    EXPECT_EQ(Item(folder, L"s").Copy(folder.At(L"s/d/copy")).GetKind(), EError::BadPath);
+    const auto copyTo = [&folder](const wchar_t* target) {
+        return Item(folder, L"s").Copy(folder.At(target), EReplace::Existing).GetKind();
+    };
+    EXPECT_EQ(copyTo(L"s/d/copy"), EError::BadPath);
+    EXPECT_EQ(copyTo(L"s"), EError::BadPath);
     EXPECT_EQ(folder.List(L"s"), "d/ d/f");
-    // the same folder by another name
-    EXPECT_EQ(Item(folder, L"s").Copy(folder.At(L"alias/copy")).GetKind(), EError::BadPath);
-    EXPECT_FALSE(folder.Has(L"s/d/copy/d/copy/d"));
-    EXPECT_EQ(Item(folder, L"s").Copy(folder.At(L"s"), EReplace::Existing).GetKind(),
-              EError::BadPath);
     EXPECT_EQ(folder.ReadFile(L"s/d/f"), "x");
+    EXPECT_EQ(copyTo(L"alias/copy"), EError::BadPath); // the same folder by another name
+    EXPECT_FALSE(folder.Has(L"s/d/copy/d/copy/d"));
 }
 
 TEST(VnFileSystemItem, NeverLeavesATreeThroughALink)
@@ -193,12 +182,9 @@ TEST(VnFileSystemItem, NeverLeavesATreeThroughALink)
     const VnResult deleted = Item(folder, L"tree").DeleteTree();
     EXPECT_EQ(static_cast<bool>(deleted), linksGo) << deleted.GetText();
     EXPECT_EQ(folder.Has(L"tree"), !linksGo);
-    EXPECT_EQ(folder.ReadFile(L"outside/precious"), "kept");
-
     folder.MakeFolderLink(L"direct", L"outside");
     EXPECT_EQ(static_cast<bool>(Item(folder, L"direct").DeleteTree()), linksGo);
-    EXPECT_EQ(folder.Has(L"direct"), !linksGo);
-    EXPECT_EQ(folder.List(L"outside"), "precious");
+    EXPECT_EQ(folder.ReadFile(L"outside/precious"), "kept");
 }
 
 // Somebody puts a link in a folder's place just before the operation enters it.
@@ -276,24 +262,12 @@ TEST(VnFileSystemItem, WorksOnDeepTrees)
     const VnString name(100, L'n');
     for (int level = 0; level < 30; ++level)
         deep.Join(name);
-    const VnResult created = VnFileSystemItem(deep).CreateFolderTree();
-    ASSERT_TRUE(created) << created.GetText();
-    EXPECT_GT(deep.GetText().GetLength(), 3000u);
+    ASSERT_TRUE(VnFileSystemItem(deep).CreateFolderTree());
     EXPECT_EQ(VnFileSystemItem(deep).ReadKind(), EItemKind::Folder);
-    const VnResult copied = Item(folder, L"deep").Copy(folder.At(L"copy"));
-    EXPECT_TRUE(copied) << copied.GetText();
+    EXPECT_TRUE(Item(folder, L"deep").Copy(folder.At(L"copy")));
     EXPECT_TRUE(Item(folder, L"copy").DeleteTree());
     EXPECT_TRUE(Item(folder, L"deep").DeleteTree());
     EXPECT_EQ(folder.List(), "");
-}
-
-TEST(VnFileSystemItem, RefusesPathsThatNameNoItem)
-{
-    const CTestFolder folder;
-    folder.WriteFile(L"f");
-    for (const wchar_t* path : {L"", L"/", L"..", L"http://host/a"})
-        EXPECT_EQ(VnFileSystemItem(path).DeleteTree().GetKind(), EError::BadPath) << VnString(path);
-    EXPECT_EQ(Item(folder, L"f").Copy(L"").GetKind(), EError::BadPath);
 }
 
 TEST(VnFileSystemItem, ReadsTheFoldersOfALibrary)

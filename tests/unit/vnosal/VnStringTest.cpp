@@ -17,25 +17,16 @@ namespace {
 
 using namespace VnOSAL;
 
-TEST(VnString, IsOnePointerAndNeedsNoBlockWhenEmpty)
-{
-    EXPECT_EQ(sizeof(VnString), sizeof(void*));
-    EXPECT_EQ(VnString().GetCapacity(), 0u);
-    EXPECT_EQ(VnString(L"x").Remove(0).GetCapacity(), 0u);
-    EXPECT_EQ(VnString(static_cast<const wchar_t*>(nullptr)), L"");
-    EXPECT_STREQ(VnString().GetText(), L"");
-}
-
 TEST(VnString, TakesBlocksOfThePoolsSizes)
 {
-    const struct
-    {
-        std::size_t length;
-        std::size_t capacity; // the block's size less the terminating zero
-    } cases[] = {{1, 63},    {63, 63},   {64, 127},  {127, 127}, {128, 255},
-                 {255, 255}, {256, 511}, {511, 511}, {512, 512}, {5000, 5000}};
-    for (const auto& c : cases)
-        EXPECT_EQ(VnString(c.length, L'x').GetCapacity(), c.capacity) << c.length;
+    // By length: the block's size less the terminating zero.
+    const std::pair<std::size_t, std::size_t> capacities[] = {
+        {0, 0},     {1, 63},    {63, 63},   {64, 127},  {127, 127},  {128, 255},
+        {255, 255}, {256, 511}, {511, 511}, {512, 512}, {5000, 5000}};
+    for (const auto& [length, capacity] : capacities)
+        EXPECT_EQ(VnString(length, L'x').GetCapacity(), capacity) << length;
+    EXPECT_EQ(VnString(L"x").Remove(0).GetCapacity(), 0u);
+    EXPECT_EQ(VnString(static_cast<const wchar_t*>(nullptr)), L"");
 }
 
 TEST(VnString, SharesTextUntilACopyChanges)
@@ -45,16 +36,13 @@ TEST(VnString, SharesTextUntilACopyChanges)
     EXPECT_EQ(copy.GetText(), original.GetText());
     EXPECT_EQ(original.GetMid(0).GetText(), original.GetText());
     copy.SetAt(0, L'S');
-    EXPECT_NE(copy.GetText(), original.GetText());
     EXPECT_EQ(copy, L"Shared text");
     EXPECT_EQ(original, L"shared text");
 
-    VnString sole(L"in place");
-    const wchar_t* const before = sole.GetText();
-    sole.SetAt(0, L'I').Append(L'!');
-    EXPECT_EQ(sole.GetText(), before);
-    const VnString moved = static_cast<VnString&&>(sole);
-    EXPECT_EQ(moved.GetText(), before);
+    const wchar_t* const before = copy.GetText();
+    copy.SetAt(0, L'_').Append(L'!');
+    EXPECT_EQ(copy.GetText(), before);
+    EXPECT_EQ(VnString(static_cast<VnString&&>(copy)).GetText(), before);
 }
 
 TEST(VnString, AgreesWithTheStandardStringUnderRandomOperations)
@@ -94,15 +82,12 @@ TEST(VnString, ComparesWithAndWithoutCase)
         int ignoring;
     } cases[] = {
         {L"", L"", 0, 0},
-        {L"a", L"", 1, 1},
-        {L"abc", L"abd", -1, -1},
         {L"abc", L"ab", 1, 1},
         {L"ABC", L"abc", -1, 0},
         {L"a", L"B", 1, -1},
         {L"_", L"a", -1, 1}, // upper-case forms are compared: '_' lies between the cases
         {L"\xE4", L"\xC4", 1, 0},
         {L"\x3C3", L"\x3A3", 1, 0},
-        {L"\x44F", L"\x42F", 1, 0},
         {L"\xD83D\xDE00", L"\xFFFD", -1, -1}, // by units, not by characters
     };
     const auto sign = [](int order) { return (order > 0) - (order < 0); };
@@ -122,26 +107,22 @@ TEST(VnString, ComparesWithAndWithoutCase)
 
 TEST(VnString, SearchesIgnoringCase)
 {
-    const VnString text(L"Stra\xDF"
-                        L"e, STRASSE, strasse");
-    EXPECT_EQ(text.Find(L"STRASSE", 0, ECase::Ignore), 8u);
-    EXPECT_EQ(text.Find(L"strasse", 9, ECase::Ignore), 17u);
+    VnString text(L"Stra\xDF"
+                  L"e, STRASSE, strasse");
+    EXPECT_EQ(text.Find(L"strasse", 0, ECase::Ignore), 8u);
+    EXPECT_EQ(text.Find(L"STRASSE", 9, ECase::Ignore), 17u);
     EXPECT_EQ(text.FindLast(L"StrAsse", VnString::npos, ECase::Ignore), 17u);
     EXPECT_EQ(text.FindLast(L"strasse", 16, ECase::Ignore), 8u);
     EXPECT_EQ(text.Find(L"strasses", 0, ECase::Ignore), VnString::npos);
     EXPECT_TRUE(text.StartsWith(L"STRA", ECase::Ignore));
     EXPECT_TRUE(text.EndsWith(L"SSE", ECase::Ignore));
-    EXPECT_TRUE(text.Contains(L"E, s", ECase::Ignore));
-    VnString replaced = text;
-    EXPECT_EQ(replaced.ReplaceAll(L"STRASSE", L"x", ECase::Ignore), 2u);
-    EXPECT_EQ(replaced, L"Stra\xDF"
-                        L"e, x, x");
+    EXPECT_EQ(text.ReplaceAll(L"STRASSE", L"x", ECase::Ignore), 2u);
+    EXPECT_EQ(text.GetMid(6), L", x, x");
 }
 
 TEST(VnString, TrimsSplitsJoinsAndMapsCase)
 {
     EXPECT_EQ(VnString(L" \t a b\r\n").Trim(), L"a b");
-    EXPECT_EQ(VnString(L"  ").Trim(), L"");
     EXPECT_EQ(VnString(L"xxayx").TrimLeft(L"xy"), L"ayx");
     EXPECT_EQ(VnString(L"xxayx").TrimRight(L"xy"), L"xxa");
     for (const char* locale : {"C", "", "Turkish_Turkey.1254"}) // the last on Windows only
@@ -174,21 +155,22 @@ TEST(VnString, TrimsSplitsJoinsAndMapsCase)
 
 TEST(VnString, FormatsAsPrintfDoes)
 {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
     const struct
     {
         VnString formatted;
         const wchar_t* expected;
     } cases[] = {
-        {VnString::Format(L"%d|%5d|%-5d|%05d|%+d|% d", 1, 2, 3, 4, 5, 6),
+        {VnString::Format(L"%d|%5d|%-05d|%05d|%+d|% d", 1, 2, 3, 4, 5, 6),
          L"1|    2|3    |00004|+5| 6"},
-        {VnString::Format(L"%d %lld", INT_MIN, LLONG_MIN), L"-2147483648 -9223372036854775808"},
         {VnString::Format(L"%.3d|%8.3d|%-8.3d|%08.3d|%.0d|", 7, -7, 7, 7, 0),
          L"007|    -007|007     |     007||"},
         {VnString::Format(L"%u %x %X %#x %#o %#x %o", 42u, 0xBEEFu, 0xBEEFu, 255u, 8u, 0u, 8u),
          L"42 beef BEEF 0xff 010 0 10"},
-        {VnString::Format(L"%hhd %hd %hhu %I64d %I32u %zu %jd", 0x1FF, 0x1FFFF, 0x1FF, 1LL << 40,
+        {VnString::Format(L"%hhd %hd %hhu %I64d %I32u %zu %jd", 0x1FF, 0x1FFFF, 0x1FF, LLONG_MIN,
                           7u, std::size_t{9}, INTMAX_MAX),
-         L"-1 -1 255 1099511627776 7 9 9223372036854775807"},
+         L"-1 -1 255 -9223372036854775808 7 9 9223372036854775807"},
         {VnString::Format(L"%s|%.2s|%6s|%-6s|%hs|%c", L"wide", L"wide", L"r", L"l", "\xC3\xA4",
                           L'\xE9'),
          L"wide|wi|     r|l     |\xE4|\xE9"},
@@ -200,10 +182,7 @@ TEST(VnString, FormatsAsPrintfDoes)
          L"1.500000 2.38 2 2. +3.0 -0001.50"},
         {VnString::Format(L"%e %.2E %g %g %G", 12345.678, 0.00012, 1e-5, 100000.0, 1e100),
          L"1.234568e+04 1.20E-04 1e-05 100000 1E+100"},
-        {VnString::Format(L"%f %5f %F %05f", std::numeric_limits<double>::infinity(),
-                          -std::numeric_limits<double>::infinity(),
-                          std::numeric_limits<double>::quiet_NaN(),
-                          std::numeric_limits<double>::infinity()),
+        {VnString::Format(L"%f %5f %F %05f", infinity, -infinity, nan, infinity),
          L"inf  -inf NAN   inf"},
         {VnString::Format(L"%p", reinterpret_cast<void*>(0xAB)), L"00000000000000AB"},
         {VnString::Format(L"100%% %y %", 1), L"100% %y %"},
@@ -230,18 +209,14 @@ TEST(VnString, WritesAndReadsNumbers)
         bool fits;
         std::int64_t value;
     } integers[] = {
-        {L"0", 10, true, 0},
         {L" +7\n", 10, true, 7},
         {L"-9223372036854775808", 10, true, INT64_MIN},
         {L"9223372036854775807", 10, true, INT64_MAX},
         {L"9223372036854775808", 10, false, 0},
-        {L"-9223372036854775809", 10, false, 0},
         {L"ff", 16, true, 255},
         {L"fg", 16, false, 0},
         {L"", 10, false, 0},
-        {L"-", 10, false, 0},
         {L"1 2", 10, false, 0},
-        {L"0x1", 16, false, 0},
         {L"\xFF11", 10, false, 0},
         {L"1", 0, false, 0},
     };
@@ -253,22 +228,29 @@ TEST(VnString, WritesAndReadsNumbers)
     }
     std::uint64_t natural = 0;
     EXPECT_TRUE(VnString(L"18446744073709551615").ToUInt64(natural));
-    EXPECT_EQ(natural, UINT64_MAX);
     EXPECT_FALSE(VnString(L"18446744073709551616").ToUInt64(natural));
+    EXPECT_EQ(natural, UINT64_MAX);
     EXPECT_FALSE(VnString(L"-1").ToUInt64(natural));
 }
 
+// Also where the host has set a locale with a decimal comma, if the system has one.
 TEST(VnString, ReadsAndWritesBrokenNumbersExactly)
 {
-    for (const double value : {0.0, -0.0, 0.1, 1.0 / 3, 1e22, -2.5e-308, DBL_MAX, 5e-324, 123456.0})
+    for (const char* locale : {"de_DE.UTF-8", "German_Germany.1252", "C"})
     {
-        double back = 1;
-        const VnString text = VnString::FromDouble(value);
-        EXPECT_TRUE(text.ToDouble(back)) << text.GetText();
-        EXPECT_EQ(back, value) << text.GetText();
+        if (std::setlocale(LC_NUMERIC, locale) == nullptr)
+            continue;
+        for (const double value : {-0.0, 0.1, 1.0 / 3, 1e22, -2.5e-308, DBL_MAX, 5e-324, 123456.0})
+        {
+            double back = 1;
+            const VnString text = VnString::FromDouble(value);
+            EXPECT_TRUE(text.ToDouble(back)) << text;
+            EXPECT_EQ(back, value) << text;
+        }
+        EXPECT_EQ(VnString::FromDouble(0.1), L"0.1");
+        EXPECT_EQ(VnString::FromDouble(1e22), L"1e+22");
+        EXPECT_EQ(VnString::Format(L"%.2f", 1.5), L"1.50");
     }
-    EXPECT_EQ(VnString::FromDouble(0.1), L"0.1");
-    EXPECT_EQ(VnString::FromDouble(1e22), L"1e+22");
     double value = 4711;
     for (const wchar_t* text :
          {L"", L".", L"1.2.3", L"1e", L"e5", L"inf", L"0x1p3", L"1e999", L"1,5", L"1 2"})
@@ -276,22 +258,6 @@ TEST(VnString, ReadsAndWritesBrokenNumbersExactly)
     EXPECT_EQ(value, 4711);
     EXPECT_TRUE(VnString(L" -.5E+1 ").ToDouble(value));
     EXPECT_EQ(value, -5);
-}
-
-// Where no such locale is installed the cases above have said the same already.
-TEST(VnString, KeepsTheDecimalPointInEveryLocale)
-{
-    const char* const locales[] = {"de_DE.UTF-8", "German_Germany.1252"};
-    for (const char* name : locales)
-        if (std::setlocale(LC_NUMERIC, name))
-        {
-            double value = 0;
-            EXPECT_EQ(VnString::Format(L"%.2f", 1.5), L"1.50");
-            EXPECT_EQ(VnString::FromDouble(0.25), L"0.25");
-            EXPECT_TRUE(VnString(L"1.5").ToDouble(value));
-            EXPECT_EQ(value, 1.5);
-        }
-    std::setlocale(LC_NUMERIC, "C");
 }
 
 } // namespace

@@ -24,8 +24,7 @@ void RunInThreads(Work work)
         thread.join();
 }
 
-// Every length up to the largest pooled block, changed from several threads while all of them share
-// the texts.
+// Texts of every pool, changed from several threads while all of them share the texts.
 TEST(VnStringThreads, DetachFromTextThatOthersShare)
 {
     std::vector<VnString> shared;
@@ -66,7 +65,7 @@ TEST(VnStringThreads, GiveBlocksBackForOthersToTake)
     EXPECT_EQ(faults, 0);
 }
 
-TEST(VnCriticalSection, AdmitsOneThreadAtATime)
+TEST(VnCriticalSection, AdmitsOneThreadAtATimeAndItsHolderAgain)
 {
     VnCriticalSection section;
     int sum = 0;
@@ -78,11 +77,7 @@ TEST(VnCriticalSection, AdmitsOneThreadAtATime)
         }
     });
     EXPECT_EQ(sum, threadCount * 5000);
-}
 
-TEST(VnCriticalSection, IsEnteredAgainByItsHolderAndTriedByOthers)
-{
-    VnCriticalSection section;
     const auto isFreeForOthers = [&section] {
         bool entered = false;
         std::thread([&] {

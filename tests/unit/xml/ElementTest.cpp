@@ -8,45 +8,30 @@
 
 using xml::SimpleXMLElement;
 
-TEST(Element, BeginsEmpty)
-{
-    SimpleXMLElement element;
-    EXPECT_EQ(element.GetName(), L"SimpleXMLElement");
-    EXPECT_EQ(element.GetValue(), "");
-    EXPECT_EQ(element.GetChildCount(), 0u);
-    EXPECT_EQ(element.GetChild(0), nullptr);
-    EXPECT_EQ(element.FindChild(L"a"), nullptr);
-    EXPECT_EQ(element.FindChild(L""), nullptr);
-}
-
 TEST(Element, KeepsNamesEscapedAndShowsThemPlain)
 {
+    EXPECT_EQ(SimpleXMLElement().GetName(), L"SimpleXMLElement");
     for (const std::wstring name : {L"plain", L"R&D <\"'>", L"\xE9\x20AC\xD83D\xDE00", L"&lt;"})
         EXPECT_EQ(SimpleXMLElement(name, 1).GetName(), name);
-    EXPECT_EQ(SimpleXMLElement(L"a\vb", 1).GetName(), L"a b");
-    EXPECT_NE(
-        SimpleXMLElement(L"R&D\xE9", 1).ToString("").find("<R&amp;D\xC3\xA9>1</R&amp;D\xC3\xA9>"),
-        std::string::npos);
+    EXPECT_EQ(SimpleXMLElement(L"R&D\xE9", 1).ToString(" "),
+              " <R&amp;D\xC3\xA9>1</R&amp;D\xC3\xA9>\n");
 }
 
 TEST(Element, ReadsItsValueAsNumbers)
 {
     SimpleXMLElement element;
+    const auto expectValue = [&element](const char* text, std::int32_t integer, double number) {
+        EXPECT_EQ(element.GetValue(), text);
+        EXPECT_EQ(element.GetValueAsInteger(), integer);
+        EXPECT_EQ(element.GetValueAsInteger64(), integer);
+        EXPECT_EQ(element.GetValueAsNumber(), number);
+    };
     element.SetValue("3,5");
-    EXPECT_EQ(element.GetValue(), "3,5");
-    EXPECT_EQ(element.GetValueAsInteger(), 3);
-    EXPECT_EQ(element.GetValueAsInteger64(), 3);
-    EXPECT_EQ(element.GetValueAsNumber(), 3.5);
-
+    expectValue("3,5", 3, 3.5);
     element.SetValue(-7);
-    EXPECT_EQ(element.GetValue(), "-7");
-    EXPECT_EQ(element.GetValueAsInteger(), -7);
-    EXPECT_EQ(element.GetValueAsInteger64(), -7);
-    EXPECT_EQ(element.GetValueAsNumber(), -7);
-
+    expectValue("-7", -7, -7);
     element.SetValue("\n5\nx\n");
-    EXPECT_EQ(element.GetValue(), "#_#lbr#_#5#_#lbr#_#x#_#lbr#_#");
-    EXPECT_EQ(element.GetValueAsInteger(), 5);
+    expectValue("#_#lbr#_#5#_#lbr#_#x#_#lbr#_#", 5, 5);
 }
 
 TEST(Element, ReusesAChildOnlyWhenAsked)
@@ -55,13 +40,10 @@ TEST(Element, ReusesAChildOnlyWhenAsked)
     SimpleXMLElement* first = root.AddChild(L"a", 1, false);
     EXPECT_EQ(root.AddChild(L"A", 2, true), first);
     EXPECT_EQ(first->GetValueAsInteger(), 2);
-    SimpleXMLElement* second = root.AddChild(L"a", true, false);
-    EXPECT_NE(second, first);
-    EXPECT_EQ(second->GetValue(), "1");
-    EXPECT_EQ(root.AddChild(L"b", false, true)->GetValue(), "0");
-    EXPECT_EQ(root.GetChildCount(), 3u);
-    EXPECT_EQ(root.GetChild(1), second);
-    EXPECT_EQ(root.GetChild(3), nullptr);
+    EXPECT_EQ(root.AddChild(L"a", true, false)->GetValue(), "1");
+    EXPECT_EQ(root.GetChildCount(), 2u);
+    EXPECT_EQ(root.GetChild(0), first);
+    EXPECT_EQ(root.GetChild(2), nullptr);
 }
 
 TEST(Element, FindsChildrenWithoutRegardToCase)
@@ -74,20 +56,15 @@ TEST(Element, FindsChildrenWithoutRegardToCase)
     {
         const wchar_t* name;
         std::int32_t expected; // 0: none
-    } cases[] = {{L"one", 1},  {L"oNe", 1},     {L"r&d", 2},       {L"aB", 3}, {L"on", 0},
-                 {L"onee", 0}, {L"r&amp;d", 0}, {L"\xE9T\xC9", 4}, {L"", 0},   {L"one", 1}};
+    } cases[] = {{L"oNe", 1},  {L"r&d", 2},     {L"aB", 3},        {L"on", 0},
+                 {L"onee", 0}, {L"r&amp;d", 0}, {L"\xE9T\xC9", 4}, {L"one", 1}};
     for (const auto& c : cases)
     {
         const SimpleXMLElement* found = root.FindChild(c.name);
         EXPECT_EQ(found == nullptr ? 0 : found->GetValueAsInteger(), c.expected)
             << testing::PrintToString(std::wstring(c.name));
     }
-}
-
-TEST(Element, FindsEveryNameItWasGiven)
-{
-    SimpleXMLElement root;
-    for (const wchar_t* name : {L"first", L"a\vb", L"&apos;", L"&#65;", L"\xD800", L"<>", L" x "})
+    for (const wchar_t* name : {L"a\vb", L"&apos;", L"&#65;", L"\xD800", L"<>", L" x "})
     {
         SimpleXMLElement* added = root.AddChild(name, 1, false);
         EXPECT_EQ(root.AddChild(name, 2, true), added)
@@ -98,6 +75,7 @@ TEST(Element, FindsEveryNameItWasGiven)
 TEST(Element, RemembersTheLastHitByItsIndex)
 {
     SimpleXMLElement root;
+    EXPECT_EQ(root.FindChild(L""), nullptr);
     root.AddChild(L"a", 1, false);
     EXPECT_EQ(root.FindChild(L""), root.GetChild(0)); // nothing was searched yet
     SimpleXMLElement* b = root.AddChild(L"b", 2, false);
@@ -106,26 +84,22 @@ TEST(Element, RemembersTheLastHitByItsIndex)
 
     root.Clear();
     EXPECT_EQ(root.FindChild(L"B"), nullptr); // out of range
-    root.AddChild(L"c", 3, false);
+    SimpleXMLElement* c = root.AddChild(L"c", 3, false);
     SimpleXMLElement* d = root.AddChild(L"d", 4, false);
     EXPECT_EQ(root.FindChild(L"b"), d);
-    EXPECT_EQ(root.FindChild(L"c")->GetValueAsInteger(), 3);
+    EXPECT_EQ(root.FindChild(L"c"), c);
     EXPECT_EQ(root.FindChild(L"b"), nullptr);
 }
 
 TEST(Element, AppendsAttributes)
 {
-    SimpleXMLElement element;
+    SimpleXMLElement element("<r>kept</r>", false);
     EXPECT_TRUE(element.SetAttribute("  a b ", " 1 "));
     EXPECT_TRUE(element.SetAttribute("a b", "2"));
     const std::vector<SimpleXMLElement::Attribute> attributes = element.GetAttributes();
     ASSERT_EQ(attributes.size(), 2u);
-    EXPECT_EQ(attributes[0].name, "a b");
+    EXPECT_EQ(attributes[0].name, attributes[1].name);
     EXPECT_EQ(attributes[0].value, " 1 ");
-    EXPECT_EQ(attributes[1].name, "a b");
-    EXPECT_EQ(attributes[1].valueAsInteger, 0);
-
-    element.SetValue("kept");
     element.AddChild(L"c", 1, false)->AddChild(L"d", 2, false);
     element.Clear();
     EXPECT_TRUE(element.GetAttributes().empty());

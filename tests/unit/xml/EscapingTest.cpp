@@ -16,25 +16,22 @@ TEST(Escaping, UnescapesEntitiesInOrderThenReferences)
 {
     const struct
     {
-        const wchar_t* what;
+        const char* what;
         std::wstring text;
         std::wstring expected;
     } cases[] = {
-        {L"all five", L"&amp;&quot;&lt;&gt;&apos;", L"&\"<>'"},
-        {L"ampersand later than these", L"&amp;lt;&amp;gt;&amp;quot;", L"&lt;&gt;&quot;"},
-        {L"ampersand earlier than these", L"&amp;apos;&amp;#65;", L"'A"},
-        {L"doubled ampersand", L"&amp;amp;", L"&amp;"},
-        {L"unknown and unfinished", L"&nbsp;&AMP;&amp &", L"&nbsp;&AMP;&amp &"},
-        {L"decimal and hexadecimal", L"&#65;&#x20ac;&#X20AC;&#0065;",
-         L"A\x20AC\x20AC"
-         L"A"},
-        {L"beyond 16 bits", L"&#xFFFF;&#x10000;&#x10FFFF;", L"\xFFFF\xD800\xDC00\xDBFF\xDFFF"},
-        {L"no character", L"&#0;&#xD800;&#x110000;&#99999999999999999999;",
+        {"ampersand later than these", L"&amp;lt;&amp;gt;&amp;quot;", L"&lt;&gt;&quot;"},
+        {"ampersand earlier than these", L"&amp;apos;&amp;#65;", L"'A"},
+        {"doubled ampersand", L"&amp;amp;", L"&amp;"},
+        {"all five, unknown and unfinished", L"&amp;&quot;&lt;&gt;&apos;&nbsp;&AMP;&amp &",
+         L"&\"<>'&nbsp;&AMP;&amp &"},
+        {"decimal and hexadecimal", L"&#65;&#x20ac;&#X20AC;&#0066;", L"A\x20AC\x20AC\x42"},
+        {"beyond 16 bits", L"&#xFFFF;&#x10000;&#x10FFFF;", L"\xFFFF\xD800\xDC00\xDBFF\xDFFF"},
+        {"no character", L"&#0;&#xD800;&#x110000;&#99999999999999999999;",
          L"&#0;&#xD800;&#x110000;&#99999999999999999999;"},
-        {L"no number", L"&#;&#x;&#6a;&#-1;&#65 ;&#65", L"&#;&#x;&#6a;&#-1;&#65 ;&#65"},
-        {L"one behind another", L"&#&#65;", L"&#A"},
+        {"no number", L"&#;&#x;&#6a;&#-1;&#65 ;&#65", L"&#;&#x;&#6a;&#-1;&#65 ;&#65"},
+        {"one behind another", L"&#&#65;", L"&#A"},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(xml::UnescapeXml(c.text), c.expected)
-            << std::string(c.what, c.what + wcslen(c.what));
+        EXPECT_EQ(xml::UnescapeXml(c.text), c.expected) << c.what;
 }

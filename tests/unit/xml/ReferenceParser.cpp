@@ -156,28 +156,4 @@ std::string Write(const Element& element, const std::string& indent)
     return text + "</" + element.name + ">\n";
 }
 
-std::string Describe(const Element& element)
-{
-    std::string text = std::to_string(element.value.size()) + ":" + element.value + "{";
-    for (const auto& [name, value] : element.attributes)
-        text += std::to_string(name.size()) + ":" + name + "=" + std::to_string(value.size()) +
-                ":" + value + ";";
-    text += "}(";
-    for (const Element& child : element.children)
-        text += Describe(child);
-    return text + ")";
-}
-
-std::string Describe(const xml::SimpleXMLElement& element)
-{
-    Element copy{.name = {}, .value = element.GetValue(), .attributes = {}, .children = {}};
-    for (const auto& attribute : element.GetAttributes())
-        copy.attributes.emplace_back(attribute.name, attribute.value);
-    std::string text = Describe(copy);
-    text.pop_back();
-    for (std::size_t i = 0; i < element.GetChildCount(); ++i)
-        text += Describe(*element.GetChild(i));
-    return text + ")";
-}
-
 } // namespace reference

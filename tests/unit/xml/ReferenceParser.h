@@ -1,7 +1,5 @@
 #pragma once
 
-#include "xml/SimpleXMLElement.h"
-
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,9 +20,5 @@ struct Element
 Element Read(const std::string& given, bool nested);
 
 std::string Write(const Element& element, const std::string& indent);
-
-// The shape of a tree with all its values and attributes; no two different trees share one.
-std::string Describe(const Element& element);
-std::string Describe(const xml::SimpleXMLElement& element);
 
 } // namespace reference
