@@ -23,6 +23,11 @@ void MapUpper(wchar_t* units, std::size_t count) noexcept
     const locale_t unicode = UnicodeLocale();
     for (wchar_t* unit = units; unit != units + count; ++unit)
     {
+        if (*unit < 0x80)
+        {
+            *unit = FoldUnit(*unit);
+            continue;
+        }
         const auto from = static_cast<wint_t>(*unit);
         const wint_t mapped = unicode ? towupper_l(from, unicode) : towupper(from);
         if (IsMapped(mapped))
