@@ -24,6 +24,7 @@ TEST(VnAString, DecodesUtf8AsTheUnicodeStandardRecommends)
         {"\xEF\xBF\xBD", L"\xFFFD", EConversion::Exact},
         {"\xC0\xAF", L"\xFFFD\xFFFD", EConversion::Replaced},                     // overlong
         {"\xE0\x80\xAF", L"\xFFFD\xFFFD\xFFFD", EConversion::Replaced},           // overlong
+        {"\xF0\x8F\xBF\xBF", L"\xFFFD\xFFFD\xFFFD\xFFFD", EConversion::Replaced}, // overlong
         {"\xED\xA0\x80", L"\xFFFD\xFFFD\xFFFD", EConversion::Replaced},           // surrogate
         {"\xF4\x90\x80\x80", L"\xFFFD\xFFFD\xFFFD\xFFFD", EConversion::Replaced}, // too large
         {"\xE2\x82", L"\xFFFD", EConversion::Replaced},                           // cut off
