@@ -5,7 +5,9 @@
 #include <windows.h>
 #include <iphlpapi.h>
 #include <shlobj.h>
+#include <softpub.h>
 #include <wininet.h>
+#include <wintrust.h>
 // clang-format on
 
 #include <new>
@@ -20,6 +22,8 @@ extern "C" __declspec(dllexport) void* GetNothing(bool never)
         ::InternetCloseHandle(nullptr);
         ::RegCloseKey(nullptr);
         ::GetSystemMetrics(0);
+        ::CoTaskMemFree(nullptr);
+        ::WinVerifyTrust(nullptr, nullptr, nullptr);
     }
     return new (std::nothrow) int(0);
 }
