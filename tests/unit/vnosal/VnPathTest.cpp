@@ -46,6 +46,7 @@ TEST(VnPath, TakesPathsApart)
         {L"https://host?q/x.y", F::WebUrl, L"https://host", L"", L"", L""},
         {L"C:\\.gitignore", F::DriveAbsolute, L"C:\\", L"", L"", L".gitignore"},
         {L"C:\\a\\..", F::DriveAbsolute, L"C:\\", L"a", L"..", L""},
+        {L"x\\.", F::Relative, L"", L"x", L".", L""},
         {L"name.", F::Relative, L"", L"", L"name", L"."},
         {L"a.b\\c", F::Relative, L"", L"a.b", L"c", L""},
     };
@@ -101,7 +102,7 @@ TEST(VnPath, Normalises)
         const wchar_t* normal;
     } cases[] = {
         {L"", L""},
-        {L"a\\..", L"."},
+        {L"a\\..\\", L"."},
         {L"a/./b//c", L"a\\b\\c"},
         {L"..\\..\\a\\..", L"..\\.."},
         {L"C:\\a\\..\\..\\b", L"C:\\b"},
@@ -143,8 +144,9 @@ TEST(VnPath, JoinsAndCompletes)
         {L"C:\\a", L"D:b", L"D:b", L"D:\\b"},
         {L"\\\\s\\h", L"b", L"\\\\s\\h\\b", L"\\\\s\\h\\b"},
         {L"C:\\a", L"NUL", L"C:\\a\\NUL", L"\\\\.\\NUL"},
-        {L"C:\\a", L"d\\nul.txt", L"C:\\a\\d\\nul.txt", L"C:\\a\\d\\nul.txt"},
-        {L"http://h/a", L"b?q", L"http://h/a/b?q", L"http://h/a/b?q"},
+        {L"C:\\a", L"d\\nul", L"C:\\a\\d\\nul", L"C:\\a\\d\\nul"},
+        {L"C:\\a", L"nul.txt", L"C:\\a\\nul.txt", L"C:\\a\\nul.txt"},
+        {L"http://h/a?x", L"b?q", L"http://h/a/b?q", L"http://h/a/b?q"},
         {L"http://h/a?q", L"/b", L"http://h/b", L"http://h/b"},
         {L"\\\\?\\C:\\a", L"b", L"\\\\?\\C:\\a\\b", L"\\\\?\\C:\\a\\b"},
     };
@@ -267,6 +269,7 @@ TEST(VnPath, ConvertsFileAddresses)
             EXPECT_EQ(VnPath::FromFilePath(path).GetText(), c.back);
         }
     }
+    EXPECT_EQ(VnPath::FromFilePath(L"\\\\?\\C:\\a").GetText(), L"file:///C:/a");
     EXPECT_TRUE(VnPath::FromFilePath(L"a\\b").IsEmpty());
 }
 
