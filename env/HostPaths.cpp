@@ -2,6 +2,9 @@
 
 #include "env/ProcessCache.h"
 #include "platform/HostPaths.h"
+#include "zotracker/vnosal/VnPath.h"
+
+#include <new>
 
 namespace env {
 
@@ -33,6 +36,14 @@ std::wstring GetApplicationFilePath()
     return path.empty() ? cache.Keep(ECachedText::ApplicationFilePath,
                                      platform::GetHostExecutablePath(pathBufferSize))
                         : path;
+}
+
+std::wstring GetFileName(const std::wstring& path)
+{
+    const VnOSAL::VnPath parsed(path);
+    if (!parsed.GetText().IsValid())
+        throw std::bad_alloc();
+    return std::wstring(parsed.GetFileName());
 }
 
 std::wstring GetSpecialFolderPath(int folderId)

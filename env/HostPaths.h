@@ -16,6 +16,9 @@ std::wstring GetApplicationFolder();
 // The full path of the host process's executable. Found out once per process.
 std::wstring GetApplicationFilePath();
 
+// The file name of a path, extension included.
+std::wstring GetFileName(const std::wstring& path);
+
 // A shell special folder by its CSIDL number, ending in "\"; "\" alone when there is none.
 std::wstring GetSpecialFolderPath(int folderId);
 

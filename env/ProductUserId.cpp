@@ -7,7 +7,6 @@
 #include "env/Text.h"
 #include "platform/Clock.h"
 #include "platform/ModuleState.h"
-#include "zotracker/vnosal/VnPath.h"
 
 #include <atomic>
 #include <chrono>
@@ -39,9 +38,7 @@ private:
 std::wstring GetHostName()
 {
     std::wstring name = GetApplicationProductName();
-    if (!name.empty())
-        return name;
-    return std::wstring(VnOSAL::VnPath(GetApplicationFilePath()).GetFileName());
+    return name.empty() ? GetFileName(GetApplicationFilePath()) : name;
 }
 
 } // namespace

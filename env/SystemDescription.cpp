@@ -4,6 +4,7 @@
 #include "env/LanguageTable.h"
 #include "env/ProcessCache.h"
 #include "platform/SystemFacts.h"
+#include "vnosal/StandardText.h"
 
 namespace env {
 
@@ -40,8 +41,7 @@ bool Is64BitWindows()
 
 std::wstring GetUserLanguageCode()
 {
-    const VnOSAL::VnString code = GetLanguageCode(platform::GetUserDefaultLanguageId());
-    return std::wstring(std::wstring_view(code));
+    return ToStandard(GetLanguageCode(platform::GetUserDefaultLanguageId()));
 }
 
 std::wstring DescribeSystem()

@@ -2,15 +2,13 @@
 
 #include "net/Md5.h"
 #include "platform/SystemFacts.h"
-#include "zotracker/vnosal/VnAString.h"
+#include "vnosal/StandardText.h"
 
 #include <algorithm>
 #include <limits>
-#include <new>
 
 namespace env {
 
-using VnOSAL::EConversion;
 using VnOSAL::VnAString;
 
 namespace {
@@ -35,21 +33,14 @@ void AppendEscape(std::wstring& query, std::uint16_t unit)
 
 std::wstring Decode(std::string_view bytes, std::uint32_t codePage)
 {
-    EConversion conversion = EConversion::Exact;
-    const VnOSAL::VnString text = VnAString::FromBytes(bytes, codePage).ToString(&conversion);
-    if (conversion == EConversion::OutOfMemory)
-        throw std::bad_alloc();
-    return std::wstring(std::wstring_view(text));
+    return ToStandard(VnAString::FromBytes(bytes, codePage).ToString());
 }
 
 } // namespace
 
 std::string Utf16ToUtf8(std::wstring_view text)
 {
-    const VnAString bytes(text, VnOSAL::codePageUtf8);
-    if (bytes.GetConversion() == EConversion::OutOfMemory)
-        throw std::bad_alloc();
-    return std::string(bytes);
+    return ToStandard(VnAString(text, VnOSAL::codePageUtf8));
 }
 
 std::wstring Utf8ToUtf16(std::string_view bytes)

@@ -44,7 +44,6 @@ bool VnAString::SetLength(std::size_t next) noexcept
     wchar_t* const room = bytes.OpenBuffer(units);
     if (!room)
     {
-        bytes.Clear();
         conversion = EConversion::OutOfMemory;
         return false;
     }
@@ -73,10 +72,10 @@ VnAString VnAString::FromBytes(std::string_view bytes, std::uint32_t page) noexc
 
 VnString VnAString::ToString(EConversion* result) const noexcept
 {
-    VnString text;
+    VnString text = bytes.IsValid() ? VnString() : bytes;
     std::size_t needed = 0;
     EConversion decoded =
-        Succeeded(conversion) ? Decode(*this, codePage, nullptr, needed) : conversion;
+        text.IsValid() ? Decode(*this, codePage, nullptr, needed) : EConversion::OutOfMemory;
     if (Succeeded(decoded) && needed != 0)
     {
         wchar_t* const units = text.OpenBuffer(needed);

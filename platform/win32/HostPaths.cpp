@@ -1,5 +1,6 @@
 #include "platform/HostPaths.h"
 
+#include "vnosal/StandardText.h"
 #include "zotracker/vnosal/VnPath.h"
 
 #include <windows.h>
@@ -20,7 +21,7 @@ std::wstring GetHostExecutablePath(std::size_t limit)
 
 std::wstring GetSpecialFolder(int folderId)
 {
-    return std::wstring(std::wstring_view(VnOSAL::VnPath::GetSpecialFolder(folderId).GetText()));
+    return ToStandard(VnOSAL::VnPath::GetSpecialFolder(folderId).GetText());
 }
 
 } // namespace platform

@@ -6,7 +6,7 @@
 #include "tests/simulated/State.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/UpperCase.h"
-#include "zotracker/vnosal/VnAString.h"
+#include "vnosal/StandardText.h"
 
 #include <algorithm>
 #include <cwctype>
@@ -39,8 +39,7 @@ bool IsUtf16(const std::string& bytes) { return bytes.starts_with(utf16Mark); }
 std::wstring DecodeProfile(const std::string& bytes)
 {
     if (!IsUtf16(bytes))
-        return std::wstring(
-            std::wstring_view(VnOSAL::VnAString::FromBytes(bytes, ansiCodePage).ToString()));
+        return ToStandard(VnOSAL::VnAString::FromBytes(bytes, ansiCodePage).ToString());
     std::wstring text;
     for (std::size_t i = utf16Mark.size(); i + 1 < bytes.size(); i += 2)
         text += static_cast<wchar_t>(static_cast<unsigned char>(bytes[i]) |
@@ -51,7 +50,7 @@ std::wstring DecodeProfile(const std::string& bytes)
 std::string EncodeProfile(const std::wstring& text, bool asUtf16)
 {
     if (!asUtf16)
-        return std::string(VnOSAL::VnAString(text, ansiCodePage));
+        return ToStandard(VnOSAL::VnAString(text, ansiCodePage));
     std::string bytes(utf16Mark);
     for (const wchar_t unit : text)
     {

@@ -1,8 +1,8 @@
 #include "trackers/ua/UaPayload.h"
 
 #include "env/Format.h"
+#include "env/HostPaths.h"
 #include "env/Text.h"
-#include "zotracker/vnosal/VnPath.h"
 
 namespace trackers {
 
@@ -81,7 +81,7 @@ std::wstring BuildCommonPayload(const UaClient& client)
     payload.append(L"v=").append(client.protocolVersion);
     payload.append(L"&tid=").append(client.trackingId);
     payload += L"&aip=1";
-    AppendEncoded(payload, L"&ds=", VnOSAL::VnPath(client.hostPath).GetFileName());
+    AppendEncoded(payload, L"&ds=", env::GetFileName(client.hostPath));
     payload.append(L"&cid=").append(client.clientId);
     AppendEncoded(payload, L"&uid=", client.productUserId);
     AppendEncoded(payload, L"&cs=", client.phash);

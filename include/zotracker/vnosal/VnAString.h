@@ -19,7 +19,7 @@ enum class EConversion : std::uint8_t
     Exact,
     Replaced,        // something had no counterpart; a replacement stands in its place
     UnknownCodePage, // the result is empty
-    OutOfMemory      // the result is empty
+    OutOfMemory      // the result is empty; a VnString is invalid, too
 };
 
 // Narrow text in a code page, for handing to interfaces that want bytes. Never changes; copies
