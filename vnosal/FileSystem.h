@@ -47,7 +47,19 @@ VnString CleanPath(const VnString& path) noexcept;
 // A name that no other call, thread or process uses, for a file that another is to be replaced by.
 VnString MakeTemporaryName() noexcept;
 
-// How many such names are tried where a crash may have left a file of that name.
-inline constexpr int temporaryNameTries = 16;
+// Calls `create` with such names until one does not exist yet, as a crash may have left files of
+// any name; gives up after a few. `name` is the last one tried.
+template <class Create>
+SystemError CreateTemporary(VnString& name, Create create) noexcept
+{
+    SystemError error = 0;
+    int tries = 16;
+    do
+    {
+        name = MakeTemporaryName();
+        error = create(name);
+    } while (ReadErrorKind(error) == EError::Exists && --tries > 0);
+    return error;
+}
 
 } // namespace VnOSAL

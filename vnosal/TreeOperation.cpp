@@ -174,13 +174,8 @@ SystemError CTreeOperation::CopyItem(const VnString& name, EItemKind kind) noexc
     if (replace == EReplace::Refuse)
         return CopyAs(name, kind, copy);
     VnString temporary;
-    SystemError error = 0;
-    int tries = temporaryNameTries;
-    do
-    {
-        temporary = MakeTemporaryName();
-        error = CopyAs(name, kind, temporary);
-    } while (ReadErrorKind(error) == EError::Exists && --tries > 0);
+    SystemError error = CreateTemporary(
+        temporary, [&](const VnString& made) noexcept { return CopyAs(name, kind, made); });
     if (error == 0)
     {
         error = target.Replace(copy, temporary);

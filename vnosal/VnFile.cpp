@@ -37,21 +37,6 @@ VnString DecodeText(std::string_view bytes, std::uint32_t page) noexcept
     return VnAString::FromBytes(bytes, page).ToString();
 }
 
-// A crash may have left a file of any name.
-VnResult OpenTemporaryBeside(const VnPath& path, VnFile& file) noexcept
-{
-    VnPath temporary = path;
-    VnResult result;
-    for (int tries = temporaryNameTries; tries > 0; --tries)
-    {
-        temporary.ReplaceFileName(MakeTemporaryName());
-        result = file.Open(temporary, EAccess::Write, EOpen::New, ESharing::None);
-        if (result.GetKind() != EError::Exists)
-            break;
-    }
-    return result;
-}
-
 } // namespace
 
 VnFile::VnFile(VnFile&& other) noexcept
@@ -166,15 +151,20 @@ VnResult VnFile::ReadText(const VnPath& path, VnString& text, std::size_t limit,
 VnResult VnFile::ReplaceContents(const VnPath& path, std::string_view bytes) noexcept
 {
     VnFile file;
-    VnResult result = OpenTemporaryBeside(path, file);
-    if (!result)
-        return {result.GetSystemError(), path.GetText()};
-    result = file.Write(bytes.data(), bytes.size());
-    if (result)
-        result = file.Flush();
+    VnString name;
+    SystemError error = CreateTemporary(name, [&](const VnString& made) noexcept {
+        return file
+            .Open(VnPath(path).ReplaceFileName(made), EAccess::Write, EOpen::New, ESharing::None)
+            .GetSystemError();
+    });
+    if (error != 0)
+        return {error, path.GetText()};
+    VnResult written = file.Write(bytes.data(), bytes.size());
+    if (written)
+        written = file.Flush();
     file.Close();
     const VnString& temporary = file.GetPath().GetText();
-    SystemError error = result.GetSystemError();
+    error = written.GetSystemError();
     if (error == 0)
         error = MoveItem(temporary, path.GetText(), EReplace::Existing);
     if (error != 0)
