@@ -14,37 +14,39 @@ locale_t UnicodeLocale() noexcept
     return unicode;
 }
 
-bool IsMapped(wint_t mapped) noexcept { return mapped <= 0xFFFF; }
-
-} // namespace
-
-void MapUpper(wchar_t* units, std::size_t count) noexcept
+// Maps by `convert`; ASCII letters, which begin with `first`, without asking the locale.
+template <class Convert>
+void Map(wchar_t* units, std::size_t count, wchar_t first, Convert convert) noexcept
 {
     const locale_t unicode = UnicodeLocale();
     for (wchar_t* unit = units; unit != units + count; ++unit)
     {
         if (*unit < 0x80)
         {
-            *unit = FoldUnit(*unit);
+            if (*unit >= first && *unit < first + 26)
+                *unit ^= 0x20;
             continue;
         }
-        const auto from = static_cast<wint_t>(*unit);
-        const wint_t mapped = unicode ? towupper_l(from, unicode) : towupper(from);
-        if (IsMapped(mapped))
+        const wint_t mapped = convert(static_cast<wint_t>(*unit), unicode);
+        if (mapped <= 0xFFFF)
             *unit = static_cast<wchar_t>(mapped);
     }
 }
 
+} // namespace
+
+void MapUpper(wchar_t* units, std::size_t count) noexcept
+{
+    Map(units, count, L'a', [](wint_t unit, locale_t unicode) {
+        return unicode ? towupper_l(unit, unicode) : towupper(unit);
+    });
+}
+
 void MapLower(wchar_t* units, std::size_t count) noexcept
 {
-    const locale_t unicode = UnicodeLocale();
-    for (wchar_t* unit = units; unit != units + count; ++unit)
-    {
-        const auto from = static_cast<wint_t>(*unit);
-        const wint_t mapped = unicode ? towlower_l(from, unicode) : towlower(from);
-        if (IsMapped(mapped))
-            *unit = static_cast<wchar_t>(mapped);
-    }
+    Map(units, count, L'A', [](wint_t unit, locale_t unicode) {
+        return unicode ? towlower_l(unit, unicode) : towlower(unit);
+    });
 }
 
 } // namespace VnOSAL
