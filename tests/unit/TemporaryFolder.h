@@ -28,5 +28,5 @@ public:
         std::ofstream(PathOf(name), std::ios::binary) << bytes;
     }
 
-    std::string path = "/tmp/collector-test-XXXXXX";
+    std::string path = std::filesystem::temp_directory_path() / "collector-test-XXXXXX";
 };
