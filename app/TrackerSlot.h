@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/ThreadParam.h"
+#include "frame/ThreadParam.h"
 
 #include <atomic>
 #include <cstdint>
@@ -30,7 +30,7 @@ public:
 
     void Destroy() noexcept
     {
-        const ThreadParam* const deleted = tracker.load();
+        const frame::ThreadParam* const deleted = tracker.load();
         delete deleted;
         tracker = nullptr;
     }

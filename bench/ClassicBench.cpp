@@ -14,8 +14,8 @@
 // builder stays within 3 times that. And the cost of a history by its number of events.
 namespace {
 
-using app::EHitType;
-using app::TrackingHit;
+using frame::EHitType;
+using frame::TrackingHit;
 using namespace trackers;
 
 const ClassicClient client{

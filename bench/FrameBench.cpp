@@ -1,6 +1,6 @@
 // What a tracking call costs the host, and what taking a hit costs the worker.
-#include "app/frame/Hits.h"
-#include "app/frame/TrackerBase.h"
+#include "frame/Hits.h"
+#include "frame/TrackerBase.h"
 
 #include <benchmark/benchmark.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-using app::TrackingHit;
+using frame::TrackingHit;
 
 constexpr const wchar_t* category = L"Settings page";
 constexpr const wchar_t* action = L"Theme changed";
@@ -20,7 +20,7 @@ constexpr const wchar_t* value = L"12";
 constexpr const wchar_t* page = L"Settings";
 
 // A tracker whose worker never takes anything.
-class CIdleTracker final : public app::CTrackerBase
+class CIdleTracker final : public frame::CTrackerBase
 {
 public:
     CIdleTracker() : CTrackerBase(&Run, L"idle") {}
@@ -35,10 +35,10 @@ public:
     void SetProductName(TrackerText) noexcept override {}
 
     void Report() { TrackEvent(category, action, label, value, page); }
-    bool Take() { return queue.Take().type != app::EHitType::None; }
+    bool Take() { return queue.Take().type != frame::EHitType::None; }
 
 private:
-    static std::uint32_t Run(app::ThreadParam*) { return 0; }
+    static std::uint32_t Run(frame::ThreadParam*) { return 0; }
 };
 
 // The same strings pushed into a mutex-guarded std::deque: no tracking call can cost less.
@@ -47,7 +47,7 @@ class CFloor
 public:
     void Report()
     {
-        TrackingHit hit{app::EHitType::Event, value, category, label, action, page, false};
+        TrackingHit hit{frame::EHitType::Event, value, category, label, action, page, false};
         const std::lock_guard lock(mutex);
         hits.push_back(std::move(hit));
     }

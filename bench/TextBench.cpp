@@ -66,10 +66,10 @@ const trackers::KpiClient client{L"https://kpi.zotracker.example/piwik.php?",
                                  L"newsletter"};
 const trackers::KpiMoment moment{L"0123456789abcdef0123456789abcdef", 12345678, L"Disk Tool"};
 
-app::TrackingHit MakeEvent()
+frame::TrackingHit MakeEvent()
 {
-    app::TrackingHit hit;
-    hit.type = app::EHitType::Event;
+    frame::TrackingHit hit;
+    hit.type = frame::EHitType::Event;
     hit.field1 = L"12";
     hit.field2 = L"Settings page";
     hit.field3 = L"dark";
@@ -79,7 +79,7 @@ app::TrackingHit MakeEvent()
 
 void KpiRequest(benchmark::State& state)
 {
-    const app::TrackingHit hit = MakeEvent();
+    const frame::TrackingHit hit = MakeEvent();
     for (auto _ : state)
         benchmark::DoNotOptimize(trackers::BuildKpiRequest(client, moment, hit));
 }

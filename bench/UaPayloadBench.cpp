@@ -9,8 +9,8 @@
 // builders stay within 3 times that.
 namespace {
 
-using app::EHitType;
-using app::TrackingHit;
+using frame::EHitType;
+using frame::TrackingHit;
 
 const std::wstring product = L"Disk Tool Professional";
 

@@ -85,7 +85,7 @@ std::wstring QueryTarget(CHttpFile& request, const std::wstring& current)
     return IsSameUrl(location, current) ? std::wstring() : location;
 }
 
-void FailIfOver(CStopGrace& grace)
+void FailIfOver(platform::CStopGrace& grace)
 {
     if (grace.IsOver())
         throw CInternetException(platform::internetOperationCancelled);
@@ -153,13 +153,14 @@ try
     const std::string_view sent = TakePart(body, length);
     const wchar_t* const verb = ChooseVerb(body, sent);
     const auto askedPort = static_cast<std::uint16_t>(port);
-    Exchange exchange{*content,
-                      url,
-                      verb,
-                      verb == deleteVerb ? std::string_view() : sent,
-                      askedPort == 0 ? securePort : askedPort,
-                      abortFlag,
-                      CStopGrace(stop, stop.IsRequested() ? graceOfLate : graceOfCurrent)};
+    Exchange exchange{
+        *content,
+        url,
+        verb,
+        verb == deleteVerb ? std::string_view() : sent,
+        askedPort == 0 ? securePort : askedPort,
+        abortFlag,
+        platform::CStopGrace(stop, stop.IsRequested() ? graceOfLate : graceOfCurrent)};
     while (PerformHop(exchange))
     {}
     *contentLength = static_cast<std::uint32_t>(content->size());
@@ -229,7 +230,7 @@ bool CZoHTTPComunicator::FindTarget(const Exchange& exchange, std::wstring& url,
     return !host.empty();
 }
 
-bool CZoHTTPComunicator::RequireConnection(CStopGrace& grace)
+bool CZoHTTPComunicator::RequireConnection(platform::CStopGrace& grace)
 {
     if (!grace.IsOver() && CheckConnection())
         return true;

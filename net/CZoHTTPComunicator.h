@@ -1,8 +1,8 @@
 #pragma once
 
 #include "net/HttpAddress.h"
-#include "net/StopGrace.h"
 #include "platform/Internet.h"
+#include "platform/StopGrace.h"
 #include "platform/StopSignal.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
 
@@ -100,7 +100,7 @@ private:
         std::string_view body; // empty unless the verb is POST
         std::uint16_t port;
         const std::atomic<bool>* abortFlag;
-        CStopGrace grace;
+        platform::CStopGrace grace;
     };
     using RequestPtr = std::unique_ptr<platform::CHttpFile>;
     using ConnectionPtr = std::unique_ptr<platform::CHttpConnection>;
@@ -109,7 +109,7 @@ private:
     bool PerformHop(Exchange& exchange);
     void ClearErrors() noexcept;
     bool FindTarget(const Exchange& exchange, std::wstring& url, std::wstring& host);
-    bool RequireConnection(CStopGrace& grace);
+    bool RequireConnection(platform::CStopGrace& grace);
     ConnectionPtr Connect(const std::wstring& host, std::uint16_t port);
     RequestPtr OpenRequest(platform::CHttpConnection& connection, const Exchange& exchange,
                            const std::wstring& url, const std::wstring& host);

@@ -1,8 +1,8 @@
-#include "app/frame/HitQueue.h"
-#include "app/frame/Hits.h"
-#include "app/frame/StatsSampling.h"
-#include "app/frame/UserAgent.h"
-#include "app/frame/WorkerThread.h"
+#include "frame/HitQueue.h"
+#include "frame/Hits.h"
+#include "frame/StatsSampling.h"
+#include "frame/UserAgent.h"
+#include "frame/WorkerThread.h"
 #include "platform/StopSignal.h"
 #include "platform/SystemException.h"
 #include "tests/simulated/Simulated.h"
@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-using namespace app;
+using namespace frame;
 using namespace std::chrono_literals;
 
 namespace {

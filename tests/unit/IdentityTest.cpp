@@ -1,5 +1,4 @@
 #include "env/ComputerId.h"
-#include "env/KpiUserId.h"
 #include "env/ProcessCache.h"
 #include "env/ProductUserId.h"
 #include "env/RegistryValues.h"
@@ -27,7 +26,6 @@ using Adapters = std::vector<platform::NetworkAdapter>;
 
 const wchar_t* const computerKey = L"CLSID\\{7C2A9E14-3F60-4b8d-92E5-A1D4706B3C58}";
 const wchar_t* const userKey = L"SOFTWARE\\Classes\\CLSID\\{7C2A9E14-3F60-4b8d-92E5-A1D4706B3C58}";
-const wchar_t* const kpiKey = L"CLSID\\{A3D17F52-6B0E-4C19-8E2A-5F71C03B9D64}";
 const wchar_t* const idFile = L"C:\\ProgramData\\veltrano\\ComputerID.dat";
 
 // The digest of "SOMEWHERE6C65746E49656E691500000000_123456", which a machine without a suitable
@@ -207,91 +205,6 @@ TEST_F(IdentityTest, GivesAllThreadsTheSameIdentities)
         thread.join();
     EXPECT_EQ(std::set<std::wstring>(std::begin(found), std::end(found)).size(), 1u);
     EXPECT_EQ(found[0].size(), 64u);
-}
-
-TEST_F(IdentityTest, OverlapsThePiecesOfAKpiUserId)
-{
-    const struct
-    {
-        const char* what;
-        std::uint32_t tick;
-        std::int64_t time;
-        const wchar_t* name;
-        const wchar_t* expected;
-    } cases[] = {
-        {"five digits", 12345, 1500000000, L"AB", L"12345150006566656665666566656665"},
-        {"last piece cut", 123456789, 1500000000, L"d", L"12345678915000000010010010010010"},
-        {"wide name", 1234567890, 1500000000, L"\x0416", L"12345678901500000000104610461046"},
-        {"long uptime", 4294967295, 1500000000, L"AB", L"-1156566656665666566656665666566"},
-        {"clock never set", 1234567890, 7, L"AB", L"12345678907000000000656665666566"},
-        {"longest texts", 0x80000000, INT64_MIN, L"AB", L"-2147483648-92233720366566656665"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(env::BuildKpiUserId(c.tick, c.time, c.name), c.expected) << c.what;
-}
-
-class KpiUserIdTest : public IdentityTest
-{
-protected:
-    static std::vector<std::uint8_t> FindBytes(ERegistryRoot root)
-    {
-        const auto value = simulated::FindRegistryValue(root, kpiKey, ERegistryView::View32, L"ID");
-        return value && value->type == platform::registrySz ? value->bytes
-                                                            : std::vector<std::uint8_t>();
-    }
-    static void Put(ERegistryRoot root, const std::wstring& text, std::size_t size)
-    {
-        auto bytes = simulated::TerminatedText(text);
-        bytes.resize(size);
-        simulated::PutRegistryValue(root, kpiKey, ERegistryView::View32, L"ID",
-                                    {platform::registrySz, bytes});
-    }
-
-    const std::wstring kept = L"abcdefghijklmnopqrstuvwxyz012345";
-    // "123456", the time from its seventh unit on, the codes of "COMPUTER" from the thirteenth on.
-    const std::wstring made = L"12345615000067797780858469826779";
-};
-
-TEST_F(KpiUserIdTest, IsMadeAnewUnlessItHasItsExactLength)
-{
-    for (const std::size_t size : {64, 66, 62, 63, 0})
-    {
-        const std::wstring& expected = size == 64 ? kept : made;
-        Put(ERegistryRoot::ClassesRoot, kept, size);
-        EXPECT_EQ(env::GetKpiUserId(), expected) << size;
-        EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), env::EncodeUnits(expected)) << size;
-    }
-    EXPECT_TRUE(FindBytes(ERegistryRoot::CurrentUser).empty());
-}
-
-TEST_F(KpiUserIdTest, LivesWithTheUserWhereTheClassesRootHasNoKeyThatOpens)
-{
-    Put(ERegistryRoot::CurrentUser, kept, 64);
-    EXPECT_EQ(env::GetKpiUserId(), kept);
-    Put(ERegistryRoot::ClassesRoot, made, 0);
-    EXPECT_EQ(env::GetKpiUserId(), made); // no further than the first key that opens
-
-    simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, ERegistryDenial::Opening);
-    EXPECT_EQ(env::GetKpiUserId(), kept);
-    simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, kpiKey, ERegistryView::View32);
-    EXPECT_EQ(env::GetKpiUserId(), made);
-    EXPECT_EQ(FindBytes(ERegistryRoot::CurrentUser), env::EncodeUnits(made));
-
-    simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::Opening);
-    EXPECT_EQ(env::GetKpiUserId(), made);
-}
-
-TEST_F(KpiUserIdTest, StandsInForAComputersMissingName)
-{
-    // The codes of "5e0b7a93c1d24f68..." behind the texts of tick and time.
-    const std::wstring expected = L"12345615000053101489855975751994";
-    for (const auto& name : {std::optional<std::wstring>(), std::optional<std::wstring>(L""),
-                             std::optional<std::wstring>(L"SIXTEEN_LETTERS_")})
-    {
-        simulated::ResetRegistry();
-        simulated::SetComputerName(name);
-        EXPECT_EQ(env::GetKpiUserId(), expected);
-    }
 }
 
 } // namespace

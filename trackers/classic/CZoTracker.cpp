@@ -1,13 +1,13 @@
 #include "trackers/classic/CZoTracker.h"
 
-#include "app/frame/HostConfig.h"
-#include "app/frame/StatsSampling.h"
 #include "env/FileSystem.h"
 #include "env/Format.h"
 #include "env/InstallConfig.h"
 #include "env/ModuleVersion.h"
 #include "env/ProductUserId.h"
 #include "env/SystemDescription.h"
+#include "frame/HostConfig.h"
+#include "frame/StatsSampling.h"
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
 #include "trackers/classic/ClassicIdentity.h"
@@ -16,10 +16,10 @@
 
 namespace trackers {
 
-using app::EHitType;
-using app::TrackingHit;
 using env::GetInstallConfigInt;
 using env::GetInstallConfigString;
+using frame::EHitType;
+using frame::TrackingHit;
 using VnOSAL::VnCriticalSectionLock;
 
 namespace {
@@ -38,7 +38,7 @@ CZoTracker::CZoTracker(const std::wstring& productNameOverride,
       companyFolderWord(companyFolderWordOverride.empty() ? defaultCompanyFolder
                                                           : companyFolderWordOverride),
       showTraceBalloon(GetInstallConfigInt(L"install", L"TrackingTraceBalloon", 0) == 1),
-      dropStatsEvents(app::DrawDropsStatsEvents()),
+      dropStatsEvents(frame::DrawDropsStatsEvents()),
       history(GetUserContentFolder(companyFolderWord, env::GetApplicationProductName()))
 {
     trackingEnabled = GetInstallConfigInt(L"install", L"tracking", 0) == 1;
@@ -84,7 +84,7 @@ void CZoTracker::Initialize(const wchar_t* hostPath) noexcept
 
 void CZoTracker::ReadConfigurationOf(const std::wstring& hostPath)
 {
-    const std::wstring configPath = app::FindConfigBeside(hostPath);
+    const std::wstring configPath = frame::FindConfigBeside(hostPath);
     Configuration next = GetConfiguration();
     next.client.language =
         GetInstallConfigString(L"install", L"Language", defaultLanguage, configPath);
@@ -148,7 +148,7 @@ void CZoTracker::TrackPurchase(TrackerText itemName, TrackerText itemCode, doubl
 void CZoTracker::QueueHit(TrackingHit&& hit)
 {
     const EHitType type = hit.type;
-    queue.Append(std::move(hit), [this, type](app::CHitQueue& led) {
+    queue.Append(std::move(hit), [this, type](frame::CHitQueue& led) {
         if (!firstHit.IsPending())
             return;
         const VnCriticalSectionLock lock(productLock); // always behind the queue's
@@ -156,7 +156,7 @@ void CZoTracker::QueueHit(TrackingHit&& hit)
     });
 }
 
-std::uint32_t CZoTracker::TrackingThreadFunction(app::ThreadParam* parameter)
+std::uint32_t CZoTracker::TrackingThreadFunction(frame::ThreadParam* parameter)
 {
     return RunTrackerWorker<CZoTracker>(parameter);
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "app/frame/ClosingPhase.h"
-#include "app/frame/FirstHitRule.h"
-#include "app/frame/TrackerBase.h"
+#include "frame/ClosingPhase.h"
+#include "frame/TrackerBase.h"
 #include "platform/Internet.h"
 #include "trackers/classic/ClassicRequest.h"
+#include "trackers/classic/FirstHitRule.h"
 #include "trackers/classic/SessionStore.h"
 #include "trackers/classic/TraceBalloon.h"
 #include "trackers/classic/VisitHistory.h"
@@ -19,7 +19,7 @@ namespace trackers {
 
 // Reports the use of the product to a classic collection server, hit by hit, with visitor, session
 // and the number of times each event has occurred on this computer.
-class CZoTracker final : public app::CTrackerBase
+class CZoTracker final : public frame::CTrackerBase
 {
 public:
     // Reads the default configuration file and starts the worker, which loads the history. Empty
@@ -41,7 +41,7 @@ public:
     void SetProductName(TrackerText name) noexcept override;
 
 private:
-    friend app::CTrackerBase;
+    friend frame::CTrackerBase;
 
     // What Initialize() may change while the worker is at work.
     struct Configuration
@@ -54,7 +54,7 @@ private:
         std::uint32_t startTick = 0; // milliseconds
     };
 
-    static std::uint32_t TrackingThreadFunction(app::ThreadParam* parameter);
+    static std::uint32_t TrackingThreadFunction(frame::ThreadParam* parameter);
 
     // Sends the hits in order, each at most twice; after the second failure of one hit nothing is
     // sent any more in this run, but hits are still counted. A pageview keeps an idle session
@@ -64,11 +64,11 @@ private:
 
     // False when the hit is an event for once only that has occurred before; it is counted then,
     // but not sent.
-    bool Process(platform::CInternetSession& session, app::TrackingHit& hit);
+    bool Process(platform::CInternetSession& session, frame::TrackingHit& hit);
 
     // Counts an event, gives one without a value its count as value, and tells whether it is to be
     // sent.
-    bool CountOccurrence(app::TrackingHit& hit);
+    bool CountOccurrence(frame::TrackingHit& hit);
 
     void ShareSessionHitNumber();
     void KeepSessionAlive();
@@ -77,7 +77,7 @@ private:
     bool SendTrackingRequest(platform::CInternetSession& session, const std::wstring& url,
                              const Configuration& current) const;
 
-    void QueueHit(app::TrackingHit&& hit) override;
+    void QueueHit(frame::TrackingHit&& hit) override;
     void ReadConfigurationOf(const std::wstring& hostPath);
     void ChooseProductName(std::wstring name);
     Configuration GetConfiguration() const;
@@ -89,12 +89,12 @@ private:
     std::atomic<bool> continueSession{false};
     Configuration configuration;   // guarded by productLock
     std::wstring sessionHitNumber; // guarded by productLock
-    app::CFirstHitRule firstHit;   // under the lock of the queue
+    CFirstHitRule firstHit;        // under the lock of the queue
     CVisitHistory history;
 
     // The worker's only.
     CVisitorState visitor;
-    app::CClosingPhase closing{stop};
+    frame::CClosingPhase closing{stop};
     std::optional<CTraceBalloon> balloon;
     std::uint32_t idleRounds = 0; // since the latest request was built
     bool offline = false;         // nothing is sent any more

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 
 #include <cstdint>
 #include <string>
@@ -38,6 +38,6 @@ struct ClassicVisit
 // event's value must be filled in. Values go out as they stand unless the body encodes them. Any
 // thread.
 std::wstring BuildClassicRequest(const ClassicClient& client, const ClassicVisit& visit,
-                                 const app::TrackingHit& hit);
+                                 const frame::TrackingHit& hit);
 
 } // namespace trackers

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 
 #include <cstdint>
 #include <string_view>
@@ -21,11 +21,11 @@ struct Purchase
 // decimal point. Only the item's name is encoded. Any thread.
 
 // The whole order: total, no shipping, 19 percent of the total as tax, `phash` as the store.
-app::TrackingHit MakeTransactionHit(const Purchase& purchase, std::wstring_view transactionId,
-                                    std::wstring_view phash);
+frame::TrackingHit MakeTransactionHit(const Purchase& purchase, std::wstring_view transactionId,
+                                      std::wstring_view phash);
 
 // What was bought. Carries the order's number as the host gave it, even where the transaction had
 // to be given another: existing reports join the two that way.
-app::TrackingHit MakeItemHit(const Purchase& purchase, std::wstring_view language);
+frame::TrackingHit MakeItemHit(const Purchase& purchase, std::wstring_view language);
 
 } // namespace trackers

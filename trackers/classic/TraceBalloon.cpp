@@ -5,7 +5,7 @@
 
 namespace trackers {
 
-using app::EHitType;
+using frame::EHitType;
 
 namespace {
 
@@ -16,7 +16,7 @@ constexpr int hitTraceLevel = 6;
 
 } // namespace
 
-HitDescription DescribeHit(const app::TrackingHit& hit, const std::wstring& productName)
+HitDescription DescribeHit(const frame::TrackingHit& hit, const std::wstring& productName)
 {
     switch (hit.type)
     {

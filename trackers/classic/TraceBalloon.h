@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 #include "platform/NotificationIcon.h"
 
 #include <string>
@@ -15,7 +15,7 @@ struct HitDescription
 };
 
 // "GA: Event" and "Category: Action - Label (Value)", and so on. Any thread.
-HitDescription DescribeHit(const app::TrackingHit& hit, const std::wstring& productName);
+HitDescription DescribeHit(const frame::TrackingHit& hit, const std::wstring& productName);
 
 // Shows a tester every hit on its way out, in a balloon over the notification area and as a line
 // of the trace.

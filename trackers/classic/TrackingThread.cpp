@@ -1,13 +1,13 @@
-#include "app/frame/StatsSampling.h"
-#include "app/frame/UrlDelivery.h"
-#include "app/frame/UserAgent.h"
 #include "env/Format.h"
+#include "frame/StatsSampling.h"
+#include "frame/UrlDelivery.h"
+#include "frame/UserAgent.h"
 #include "trackers/classic/CZoTracker.h"
 
 namespace trackers {
 
-using app::EHitType;
-using app::TrackingHit;
+using frame::EHitType;
+using frame::TrackingHit;
 using platform::CInternetSession;
 using platform::EInternetOption;
 using VnOSAL::VnCriticalSectionLock;
@@ -22,7 +22,7 @@ std::unique_ptr<CInternetSession> OpenSession(const std::wstring& agent,
                                               const platform::CStopSignal& stop)
 try
 {
-    auto session = app::OpenDeliverySession(agent, stop);
+    auto session = frame::OpenDeliverySession(agent, stop);
     if (session)
         for (const EInternetOption option :
              {EInternetOption::ConnectTimeout, EInternetOption::SendTimeout,
@@ -49,7 +49,7 @@ void CZoTracker::RunWorker()
             ++idleRounds;
             ProcessQueue(*session);
             KeepSessionAlive();
-            stop.Wait(app::idlePause);
+            stop.Wait(frame::idlePause);
         }
     else
         queue.Close();
@@ -62,10 +62,10 @@ void CZoTracker::ProcessQueue(CInternetSession& session)
     {
         if (!IsTrackingEnabled())
             return;
-        const bool isDropped = dropStatsEvents && app::IsStatsEvent(hit);
+        const bool isDropped = dropStatsEvents && frame::IsStatsEvent(hit);
         const bool isRepeated = !isDropped && !Process(session, hit);
         if (!isRepeated && !offline)
-            stop.Wait(app::pauseBetweenHits);
+            stop.Wait(frame::pauseBetweenHits);
         if (stop.IsRequested())
             return;
     }
@@ -86,8 +86,8 @@ bool CZoTracker::Process(CInternetSession& session, TrackingHit& hit)
         balloon->Show(DescribeHit(hit, current.client.productName));
     if (offline)
         return true;
-    offline = !app::DeliverWithRetry([&] { return SendTrackingRequest(session, url, current); },
-                                     closing, stop);
+    offline = !frame::DeliverWithRetry([&] { return SendTrackingRequest(session, url, current); },
+                                       closing, stop);
     if (offline && visitor.GetVisit().sessionHitNumber == L"1")
         visitor.RollBackSessionStart(store);
     return true;
@@ -112,9 +112,9 @@ bool CZoTracker::CountOccurrence(TrackingHit& hit)
 bool CZoTracker::SendTrackingRequest(CInternetSession& session, const std::wstring& url,
                                      const Configuration& current) const
 {
-    const std::wstring agent = app::FormatUserAgent(
+    const std::wstring agent = frame::FormatUserAgent(
         current.client.productName, current.productVersion, current.systemDescription);
-    return app::OpenTrackingUrl(&session, url, app::FormatUserAgentHeader(agent));
+    return frame::OpenTrackingUrl(&session, url, frame::FormatUserAgentHeader(agent));
 }
 
 void CZoTracker::KeepSessionAlive()

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint64_t largestHistory = 8 << 20; // bytes
 
-std::wstring MakeFingerprint(const app::TrackingHit& hit)
+std::wstring MakeFingerprint(const frame::TrackingHit& hit)
 {
     return env::Md5OfText(
         env::FormatText(L"%s_%s_%s_%s", hit.field2, hit.field4, hit.field3, hit.field5));
@@ -74,9 +74,9 @@ void CVisitHistory::SaveHistory()
         events->Save(path);
 }
 
-std::int32_t CVisitHistory::CountEventOccurrence(const app::TrackingHit& hit)
+std::int32_t CVisitHistory::CountEventOccurrence(const frame::TrackingHit& hit)
 {
-    if (hit.type != app::EHitType::Event)
+    if (hit.type != frame::EHitType::Event)
         return 0;
     const std::wstring fingerprint = MakeFingerprint(hit);
     const VnCriticalSectionLock lock(stateLock);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 #include "xml/SimpleXMLElement.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
 
@@ -34,7 +34,7 @@ public:
 
     // Counts one more occurrence of an event: category, action, label and page together make it
     // the same. Returns how often it has occurred by now; 0 for a hit that is no event.
-    std::int32_t CountEventOccurrence(const app::TrackingHit& hit);
+    std::int32_t CountEventOccurrence(const frame::TrackingHit& hit);
 
 private:
     void ImportOldFile();

@@ -1,20 +1,20 @@
 #include "trackers/kpi/CZoTrackerPiWik.h"
 
-#include "app/frame/HostConfig.h"
-#include "app/frame/UrlDelivery.h"
-#include "app/frame/UserAgent.h"
 #include "env/FileSystem.h"
 #include "env/InstallConfig.h"
-#include "env/KpiUserId.h"
 #include "env/ModuleVersion.h"
 #include "env/SystemDescription.h"
+#include "frame/HostConfig.h"
+#include "frame/UrlDelivery.h"
+#include "frame/UserAgent.h"
 #include "platform/Clock.h"
+#include "trackers/kpi/KpiUserId.h"
 
 namespace trackers {
 
-using app::EHitType;
-using app::TrackingHit;
 using env::GetInstallConfigString;
+using frame::EHitType;
+using frame::TrackingHit;
 using platform::CInternetSession;
 using VnOSAL::VnCriticalSectionLock;
 
@@ -42,7 +42,7 @@ CZoTrackerPiWik::CZoTrackerPiWik()
     client.siteAddress = siteAddress;
     hostVersion = env::GetApplicationProductVersion();
     ChooseProductName(L"");
-    client.userAgent = app::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem());
+    client.userAgent = frame::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem());
     StartWorker();
 }
 
@@ -63,7 +63,7 @@ void CZoTrackerPiWik::Initialize(const wchar_t* hostPath) noexcept
 
 void CZoTrackerPiWik::ReadConfigurationOf(const std::wstring& hostPath)
 {
-    const std::wstring configPath = app::FindConfigBeside(hostPath);
+    const std::wstring configPath = frame::FindConfigBeside(hostPath);
     if (configPath.empty())
         return;
     std::wstring language = GetInstallConfigString(L"install", L"Language", L"en_II", configPath);
@@ -103,14 +103,14 @@ void CZoTrackerPiWik::TrackPurchase(TrackerText, TrackerText, double, TrackerTex
     });
 }
 
-std::uint32_t CZoTrackerPiWik::TrackingThreadFunction(app::ThreadParam* parameter)
+std::uint32_t CZoTrackerPiWik::TrackingThreadFunction(frame::ThreadParam* parameter)
 {
     return RunTrackerWorker<CZoTrackerPiWik>(parameter);
 }
 
 void CZoTrackerPiWik::RunWorker()
 {
-    const auto session = app::OpenDeliverySession(GetProductName(), stop);
+    const auto session = frame::OpenDeliverySession(GetProductName(), stop);
     for (;;)
     {
         TrackingHit hit = queue.Take();
@@ -122,7 +122,7 @@ void CZoTrackerPiWik::RunWorker()
                 break;
             Process(session.get(), hit);
         }
-        stop.Wait(app::idlePause);
+        stop.Wait(frame::idlePause);
     }
 }
 
@@ -133,14 +133,14 @@ void CZoTrackerPiWik::Process(CInternetSession* session, const TrackingHit& hit)
     const std::wstring url = BuildKpiRequestUrl(hit);
     if (!sendingFailed)
         sendingFailed =
-            !app::DeliverWithRetry([&] { return SendKpiRequest(session, url); }, closing, stop);
+            !frame::DeliverWithRetry([&] { return SendKpiRequest(session, url); }, closing, stop);
     if (!sendingFailed)
-        stop.Wait(app::pauseBetweenHits);
+        stop.Wait(frame::pauseBetweenHits);
 }
 
 std::wstring CZoTrackerPiWik::BuildKpiRequestUrl(const TrackingHit& hit) const
 {
-    KpiMoment moment{env::GetKpiUserId(), platform::GetTickMilliseconds(), {}};
+    KpiMoment moment{GetKpiUserId(), platform::GetTickMilliseconds(), {}};
     const VnCriticalSectionLock lock(productLock);
     moment.productName = productName;
     return BuildKpiRequest(client, moment, hit);
@@ -148,7 +148,7 @@ std::wstring CZoTrackerPiWik::BuildKpiRequestUrl(const TrackingHit& hit) const
 
 bool CZoTrackerPiWik::SendKpiRequest(CInternetSession* session, const std::wstring& url) const
 {
-    return app::OpenTrackingUrl(session, url, app::FormatUserAgentHeader(client.userAgent));
+    return frame::OpenTrackingUrl(session, url, frame::FormatUserAgentHeader(client.userAgent));
 }
 
 } // namespace trackers

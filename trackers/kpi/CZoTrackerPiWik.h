@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/frame/ClosingPhase.h"
-#include "app/frame/TrackerBase.h"
+#include "frame/ClosingPhase.h"
+#include "frame/TrackerBase.h"
 #include "platform/Internet.h"
 #include "trackers/kpi/KpiRequest.h"
 
@@ -11,7 +11,7 @@ namespace trackers {
 
 // Reports the use of the product to the maker's KPI server, one visit request per hit. Knows no
 // sessions and no keep-alive.
-class CZoTrackerPiWik final : public app::CTrackerBase
+class CZoTrackerPiWik final : public frame::CTrackerBase
 {
 public:
     // Reads the default configuration file and starts the worker.
@@ -27,17 +27,17 @@ public:
     void SetProductName(TrackerText name) noexcept override;
 
 private:
-    friend app::CTrackerBase;
+    friend frame::CTrackerBase;
 
-    static std::uint32_t TrackingThreadFunction(app::ThreadParam* parameter);
+    static std::uint32_t TrackingThreadFunction(frame::ThreadParam* parameter);
 
     // Sends the hits in order, each at most twice. After the second failure of one hit nothing is
     // sent any more, but hits are still taken, so that the queue does not grow. At the end the
     // queue is emptied without pauses.
     void RunWorker();
-    void Process(platform::CInternetSession* session, const app::TrackingHit& hit);
+    void Process(platform::CInternetSession* session, const frame::TrackingHit& hit);
 
-    std::wstring BuildKpiRequestUrl(const app::TrackingHit& hit) const;
+    std::wstring BuildKpiRequestUrl(const frame::TrackingHit& hit) const;
 
     // One attempt; true when the server's answer could be opened.
     bool SendKpiRequest(platform::CInternetSession* session, const std::wstring& url) const;
@@ -48,7 +48,7 @@ private:
     KpiClient client;           // language and phash guarded by productLock
     std::wstring hostVersion;   // host's thread only
     bool sendingFailed = false; // the worker's only
-    app::CClosingPhase closing{stop};
+    frame::CClosingPhase closing{stop};
 };
 
 } // namespace trackers

@@ -14,7 +14,7 @@ void AppendEncoded(std::wstring& url, std::wstring_view key, std::wstring_view v
     env::AppendQueryText(url, value, true);
 }
 
-void AppendEvent(std::wstring& url, const app::TrackingHit& hit)
+void AppendEvent(std::wstring& url, const frame::TrackingHit& hit)
 {
     AppendEncoded(url, L"&e_c=", hit.field2);
     AppendEncoded(url, L"&e_a=", hit.field4);
@@ -25,7 +25,7 @@ void AppendEvent(std::wstring& url, const app::TrackingHit& hit)
 } // namespace
 
 std::wstring BuildKpiRequest(const KpiClient& client, const KpiMoment& moment,
-                             const app::TrackingHit& hit)
+                             const frame::TrackingHit& hit)
 {
     std::wstring url = client.endpoint;
     url.append(L"send_image=0&rec=1&apiv=1&idsite=").append(client.siteId);
@@ -37,7 +37,7 @@ std::wstring BuildKpiRequest(const KpiClient& client, const KpiMoment& moment,
     url.append(L"&_rcn=").append(client.phash);
     url.append(L"&_rck=").append(client.kpiSource);
     url.append(L"&_cvar={\"1\":[\"product\", \"").append(moment.productName).append(L"\"]}");
-    if (hit.type == app::EHitType::Event)
+    if (hit.type == frame::EHitType::Event)
         AppendEvent(url, hit);
     return url;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 
 #include <cstdint>
 #include <string>
@@ -32,7 +32,7 @@ struct KpiMoment
 // counts the use of the product only, so no other hit brings parameters of its own. Values go out
 // as they stand unless the body encodes them. Any thread.
 std::wstring BuildKpiRequest(const KpiClient& client, const KpiMoment& moment,
-                             const app::TrackingHit& hit);
+                             const frame::TrackingHit& hit);
 
 // An endpoint made ready for the first parameter: "?" behind an address without a query, else "&".
 std::wstring OpenQuery(std::wstring endpoint);

@@ -1,8 +1,5 @@
 #include "trackers/ua/CZoTrackerUA.h"
 
-#include "app/frame/HostConfig.h"
-#include "app/frame/StatsSampling.h"
-#include "app/frame/UserAgent.h"
 #include "env/FileSystem.h"
 #include "env/HostPaths.h"
 #include "env/InstallConfig.h"
@@ -11,16 +8,19 @@
 #include "env/SystemDescription.h"
 #include "env/Text.h"
 #include "env/TraceMessage.h"
+#include "frame/HostConfig.h"
+#include "frame/StatsSampling.h"
+#include "frame/UserAgent.h"
 #include "platform/Clock.h"
 #include "trackers/ua/ClientId.h"
 #include "trackers/ua/UaPayload.h"
 
 namespace trackers {
 
-using app::EHitType;
-using app::TrackingHit;
 using env::GetInstallConfigInt;
 using env::GetInstallConfigString;
+using frame::EHitType;
+using frame::TrackingHit;
 using VnOSAL::VnCriticalSectionLock;
 
 namespace {
@@ -58,7 +58,7 @@ CZoTrackerUA::CZoTrackerUA(const std::wstring& name, const std::wstring&,
         queue.Close(); // what nobody takes would only fill the host's memory
         return;
     }
-    suppressStatsEvents = app::DrawDropsStatsEvents();
+    suppressStatsEvents = frame::DrawDropsStatsEvents();
     StartWorker();
 }
 
@@ -96,7 +96,7 @@ void CZoTrackerUA::Initialize(const wchar_t* newHostPath) noexcept
 
 void CZoTrackerUA::UseHost(const std::wstring& path)
 {
-    const std::wstring newConfigPath = app::GetConfigPathBeside(path);
+    const std::wstring newConfigPath = frame::GetConfigPathBeside(path);
     {
         const VnCriticalSectionLock lock(productLock);
         hostPath = path;
@@ -140,7 +140,7 @@ std::wstring CZoTrackerUA::FindProductName() const
 void CZoTrackerUA::BuildUserAgent()
 {
     communicator.SetRequestHeaders(
-        L"", L"", app::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem()));
+        L"", L"", frame::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem()));
 }
 
 std::wstring CZoTrackerUA::GetClientId()
@@ -201,7 +201,7 @@ std::wstring CZoTrackerUA::BuildHitPayload(const TrackingHit& hit)
 
 // --- the worker --------------------------------------------------------------------------------
 
-std::uint32_t CZoTrackerUA::TrackingThreadFunction(app::ThreadParam* parameter)
+std::uint32_t CZoTrackerUA::TrackingThreadFunction(frame::ThreadParam* parameter)
 {
     return RunTrackerWorker<CZoTrackerUA>(parameter);
 }
@@ -228,7 +228,7 @@ void CZoTrackerUA::RunWorker()
             KeepAlive();
             rounds = 0;
         }
-        stop.Wait(app::idlePause);
+        stop.Wait(frame::idlePause);
     }
     communicator.CloseSession();
 }
@@ -240,7 +240,7 @@ bool CZoTrackerUA::Process(const TrackingHit& hit)
         queue.Clear();
         return true;
     }
-    const bool dropped = suppressStatsEvents && app::IsStatsEvent(hit);
+    const bool dropped = suppressStatsEvents && frame::IsStatsEvent(hit);
     const std::wstring payload = dropped ? std::wstring() : BuildHitPayload(hit);
     if (!payload.empty() && !Deliver(payload))
         return false;

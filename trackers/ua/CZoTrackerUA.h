@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/frame/ClosingPhase.h"
-#include "app/frame/TrackerBase.h"
+#include "frame/ClosingPhase.h"
+#include "frame/TrackerBase.h"
 #include "net/CZoHTTPComunicator.h"
 
 #include <atomic>
@@ -10,7 +10,7 @@
 namespace trackers {
 
 // Reports the use of the product by the measurement protocol: one POST per hit.
-class CZoTrackerUA final : public app::CTrackerBase
+class CZoTrackerUA final : public frame::CTrackerBase
 {
 public:
     // Reads the default configuration file and starts the worker. A name or id that is not empty
@@ -35,7 +35,7 @@ public:
     std::wstring GetClientId();
 
 private:
-    friend app::CTrackerBase;
+    friend frame::CTrackerBase;
 
     // What the configuration file says.
     struct Configuration
@@ -55,7 +55,7 @@ private:
     std::wstring FindProductName() const;
     void BuildUserAgent();
 
-    static std::uint32_t TrackingThreadFunction(app::ThreadParam* parameter);
+    static std::uint32_t TrackingThreadFunction(frame::ThreadParam* parameter);
 
     // Sends the hits in order, each once. Two results in a row that say there is no connection at
     // all end delivery for good. After a long idle time a pageview keeps the session alive. At the
@@ -63,12 +63,12 @@ private:
     void RunWorker();
 
     // Both are false when nothing more shall be sent for the tracker's life.
-    bool Process(const app::TrackingHit& hit);
+    bool Process(const frame::TrackingHit& hit);
     bool Deliver(const std::wstring& payload);
     void KeepAlive();
 
     void BuildCommonPayload();
-    std::wstring BuildHitPayload(const app::TrackingHit& hit);
+    std::wstring BuildHitPayload(const frame::TrackingHit& hit);
 
     Configuration configuration; // guarded by productLock, as the next three
     std::wstring hostPath;
@@ -82,7 +82,7 @@ private:
     std::atomic<bool> newSession{false};
     bool suppressStatsEvents = false; // constant
     net::CZoHTTPComunicator communicator{stop};
-    app::CClosingPhase closing{stop};   // the worker's only, as the next
+    frame::CClosingPhase closing{stop}; // the worker's only, as the next
     bool sentWithoutConnection = false; // the latest send
 };
 

@@ -6,8 +6,8 @@
 
 namespace trackers {
 
-using app::EHitType;
-using app::TrackingHit;
+using frame::EHitType;
+using frame::TrackingHit;
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 #include "platform/SystemFacts.h"
 
 #include <cstdint>
@@ -33,7 +33,7 @@ std::wstring BuildCommonPayload(const UaClient& client);
 // The whole payload of one hit: `commonPayload` and what the hit brings. Empty for a type that the
 // protocol has no form for.
 std::wstring BuildHitPayload(std::wstring_view commonPayload, std::wstring_view productName,
-                             const app::TrackingHit& hit);
+                             const frame::TrackingHit& hit);
 
 // Marks a finished payload as the first one of a session.
 void AppendSessionStart(std::wstring& payload);
@@ -42,8 +42,8 @@ void AppendSessionStart(std::wstring& payload);
 // its item.
 struct UaPurchase
 {
-    app::TrackingHit transaction;
-    app::TrackingHit item;
+    frame::TrackingHit transaction;
+    frame::TrackingHit item;
 };
 UaPurchase MakePurchaseHits(std::wstring_view itemCode, double unitPrice, std::wstring_view orderId,
                             std::int32_t quantity, std::wstring_view affiliation);

@@ -205,9 +205,9 @@ const std::wstring folder = L"C:\\Content\\";
 const std::wstring oldFile = folder + L"tallyhive.dat";
 const std::wstring historyFile = folder + L"tallyhive.xml";
 
-app::TrackingHit MakeEvent(const wchar_t* label)
+frame::TrackingHit MakeEvent(const wchar_t* label)
 {
-    return {app::EHitType::Event, L"v", L"Cat", label, L"Act", L"Page", false};
+    return {frame::EHitType::Event, L"v", L"Cat", label, L"Act", L"Page", false};
 }
 
 // Of "Cat_Act_one_Page" and "Cat_Act_two_Page".
@@ -256,8 +256,8 @@ TEST_F(HistoryTest, IsWrittenAndReadBack)
     EXPECT_EQ(history->CountEventOccurrence(MakeEvent(L"one")), 1);
     EXPECT_EQ(history->CountEventOccurrence(MakeEvent(L"two")), 1);
     EXPECT_EQ(history->CountEventOccurrence(MakeEvent(L"one")), 2);
-    app::TrackingHit other = MakeEvent(L"one");
-    other.type = app::EHitType::Message;
+    frame::TrackingHit other = MakeEvent(L"one");
+    other.type = frame::EHitType::Message;
     EXPECT_EQ(history->CountEventOccurrence(other), 0);
     history->SaveHistory();
     EXPECT_EQ(simulated::ReadFileBytes(historyFile),

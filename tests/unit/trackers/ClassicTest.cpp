@@ -114,8 +114,9 @@ TEST_F(ClassicTest, EachFieldOfARequestHasItsPlace)
                                L"",
                                L"Disk Tool 2.0"};
     const ClassicVisit visit{L"100", L"200", L"300", L"7", L"5", 4'294'967'299};
-    const app::TrackingHit hit{
-        app::EHitType::Event, L"1.5", L"\x00E9t\x00E9", L"a*b\n", L"\x20AC/x", L"p&q\x00E9", false};
+    const frame::TrackingHit hit{
+        frame::EHitType::Event, L"1.5", L"\x00E9t\x00E9", L"a*b\n", L"\x20AC/x",
+        L"p&q\x00E9",           false};
     EXPECT_EQ(BuildClassicRequest(client, visit, hit),
               L"https://host/__utm.gif?utmwv=5.4.3&utms=5&utmn=4294967299&utmac=UA-1-2"
               L"&utmsr=1024x768&utmt=event&utme=5(\x00C9T\x00C9*%20AC%2FX*A%2AB%A)(1%2E5)"

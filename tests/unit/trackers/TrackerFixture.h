@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/frame/TrackerBase.h"
+#include "frame/TrackerBase.h"
 #include "tests/simulated/Internet.h"
 #include "tests/simulated/VirtualTime.h"
 
@@ -64,6 +64,6 @@ protected:
     // The value of `key` in each request, up to the next "&", or "-".
     static Texts GetValues(const std::wstring& key);
 
-    std::shared_ptr<app::CTrackerBase> tracker;
+    std::shared_ptr<frame::CTrackerBase> tracker;
     std::int64_t start = 0;
 };

@@ -61,10 +61,10 @@ TEST_F(UaTest, WholeRequests)
 
 TEST_F(UaTest, EmptyFieldsAreLeftOutOrEmpty)
 {
-    using enum app::EHitType;
+    using enum frame::EHitType;
     const struct
     {
-        app::EHitType type;
+        frame::EHitType type;
         const wchar_t* payload;
     } cases[] = {{Pageview, L"C&t=pageview&dp=%2FN%20M"},
                  {Message, L"C&t=pageview&dp=%2F"},
@@ -75,7 +75,7 @@ TEST_F(UaTest, EmptyFieldsAreLeftOutOrEmpty)
                  {None, L""}};
     for (const auto& c : cases)
     {
-        app::TrackingHit hit;
+        frame::TrackingHit hit;
         hit.type = c.type;
         EXPECT_EQ(trackers::BuildHitPayload(L"C", L"N M", hit), c.payload);
     }

@@ -1,10 +1,10 @@
-#include "app/frame/Hits.h"
+#include "frame/Hits.h"
 
 #include "env/Text.h"
 
 #include <utility>
 
-namespace app {
+namespace frame {
 
 namespace {
 
@@ -64,15 +64,4 @@ TrackingHit MakeEventExHit(std::wstring_view category, std::wstring_view action,
     return hit;
 }
 
-TrackingHit MakePhashHit(std::wstring_view phash)
-{
-    TrackingHit hit;
-    hit.type = EHitType::CustomVariable;
-    hit.field1 = phash;
-    hit.field2 = L"1";
-    hit.field3 = L"PHASH";
-    hit.field4 = L"2";
-    return hit;
-}
-
-} // namespace app
+} // namespace frame

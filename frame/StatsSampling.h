@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 
-namespace app {
+namespace frame {
 
 // Draws whether this run drops its events of the category "STATS": nine runs in ten do. Seeds the
 // runtime's generator with the current time. Once per tracker.
@@ -15,4 +15,4 @@ bool IsDroppingDraw(int draw) noexcept;
 // Whether the hit is an event of the category "STATS" in any mix of case. Any thread.
 bool IsStatsEvent(const TrackingHit& hit);
 
-} // namespace app
+} // namespace frame

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace net {
+namespace platform {
 
 // How long something may go on once a stop is requested; counted from when that is first seen.
 //
@@ -13,7 +13,7 @@ class CStopGrace
 {
 public:
     // `stopSignal` must outlive this.
-    CStopGrace(const platform::CStopSignal& stopSignal, std::uint32_t milliseconds) noexcept
+    CStopGrace(const CStopSignal& stopSignal, std::uint32_t milliseconds) noexcept
         : stop(stopSignal), length(milliseconds)
     {}
 
@@ -21,10 +21,10 @@ public:
     bool IsOver() noexcept;
 
 private:
-    const platform::CStopSignal& stop;
+    const CStopSignal& stop;
     const std::uint32_t length;
     bool begun = false;
     std::uint32_t beginTick = 0;
 };
 
-} // namespace net
+} // namespace platform

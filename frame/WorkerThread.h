@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/frame/CrashReporting.h"
-#include "app/frame/ThreadParam.h"
+#include "frame/CrashReporting.h"
+#include "frame/ThreadParam.h"
 #include "platform/Thread.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
 
@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace app {
+namespace frame {
 
 // The thread object of one tracker: idle, or running one routine.
 //
@@ -66,4 +66,4 @@ private:
     std::atomic<std::uint32_t> progress{0};
 };
 
-} // namespace app
+} // namespace frame

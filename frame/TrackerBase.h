@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/frame/HitQueue.h"
-#include "app/frame/ThreadParam.h"
-#include "app/frame/WorkerThread.h"
+#include "frame/HitQueue.h"
+#include "frame/ThreadParam.h"
+#include "frame/WorkerThread.h"
 #include "platform/StopSignal.h"
 #include "zotracker/ITracker.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-namespace app {
+namespace frame {
 
 // How long an idle worker waits before it looks at its queue again, and between two hits of the
 // trackers that report by GET.
@@ -114,4 +114,4 @@ private:
     CWorkerThread worker;
 };
 
-} // namespace app
+} // namespace frame

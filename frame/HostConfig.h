@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace app {
+namespace frame {
 
 // The full path of the "install.cfg" in the folder of `hostPath`, whether it exists or not.
 // Any thread.
@@ -12,4 +12,4 @@ std::wstring GetConfigPathBeside(const std::wstring& hostPath);
 // Any thread.
 std::wstring FindConfigBeside(const std::wstring& hostPath);
 
-} // namespace app
+} // namespace frame

@@ -1,9 +1,9 @@
-#include "app/frame/UserAgent.h"
+#include "frame/UserAgent.h"
 
 #include "env/Format.h"
 #include "net/HeaderValue.h"
 
-namespace app {
+namespace frame {
 
 std::wstring FormatUserAgent(std::wstring_view productName, std::wstring_view version,
                              std::wstring_view system)
@@ -16,4 +16,4 @@ std::wstring FormatUserAgentHeader(std::wstring_view userAgent)
     return env::FormatText(L"User-Agent: %s\r\n", net::MakeHeaderValue(std::wstring(userAgent)));
 }
 
-} // namespace app
+} // namespace frame

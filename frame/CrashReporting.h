@@ -5,7 +5,7 @@
 
 // The seam to the suite's crash-reporting library. Without that library nothing happens here, and
 // tracking does not change.
-namespace app {
+namespace frame {
 
 class CWorkerThread;
 
@@ -25,4 +25,4 @@ struct CrashReporting
 // Does nothing in all of its operations.
 extern const CrashReporting noCrashReporting;
 
-} // namespace app
+} // namespace frame

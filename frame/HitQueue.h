@@ -1,11 +1,11 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
 
 #include <deque>
 
-namespace app {
+namespace frame {
 
 // Hits waiting to be sent, oldest first.
 //
@@ -44,4 +44,4 @@ private:
     bool closed = false;          // guarded by queueLock
 };
 
-} // namespace app
+} // namespace frame

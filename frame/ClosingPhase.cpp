@@ -1,6 +1,6 @@
-#include "app/frame/ClosingPhase.h"
+#include "frame/ClosingPhase.h"
 
-namespace app {
+namespace frame {
 
 void CClosingPhase::NoteAttempt(bool delivered) noexcept
 {
@@ -8,4 +8,4 @@ void CClosingPhase::NoteAttempt(bool delivered) noexcept
         failed = true;
 }
 
-} // namespace app
+} // namespace frame

@@ -1,18 +1,18 @@
-#include "net/StopGrace.h"
+#include "platform/StopGrace.h"
 
 #include "platform/Clock.h"
 
-namespace net {
+namespace platform {
 
 bool CStopGrace::IsOver() noexcept
 {
     if (!stop.IsRequested())
         return false;
-    const std::uint32_t now = platform::GetTickMilliseconds();
+    const std::uint32_t now = GetTickMilliseconds();
     if (!begun)
         beginTick = now;
     begun = true;
     return now - beginTick >= length;
 }
 
-} // namespace net
+} // namespace platform

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "app/frame/TrackingHit.h"
+#include "frame/TrackingHit.h"
 
 #include <string>
 #include <string_view>
 
 // How the host's arguments become hits. Pure; any thread.
-namespace app {
+namespace frame {
 
 TrackingHit MakePageviewHit();
 TrackingHit MakeMessageHit(std::wstring_view text);
@@ -21,7 +21,4 @@ TrackingHit MakeEventExHit(std::wstring_view category, std::wstring_view action,
                            std::wstring_view label, std::wstring_view value, std::wstring_view page,
                            bool onceOnly);
 
-// The custom variable that tells a campaign code: slot 1, name "PHASH", scope 2 (a session).
-TrackingHit MakePhashHit(std::wstring_view phash);
-
-} // namespace app
+} // namespace frame

@@ -1,4 +1,4 @@
-#include "app/frame/WorkerThread.h"
+#include "frame/WorkerThread.h"
 
 #include "platform/Clock.h"
 #include "platform/ModuleState.h"
@@ -6,7 +6,7 @@
 
 #include <chrono>
 
-namespace app {
+namespace frame {
 
 using namespace std::chrono_literals;
 using platform::CSystemException;
@@ -133,4 +133,4 @@ bool CWorkerThread::Join()
 
 bool CWorkerThread::IsRunning() const { return CheckState() == EState::Running; }
 
-} // namespace app
+} // namespace frame

@@ -1,8 +1,8 @@
-#include "app/frame/HitQueue.h"
+#include "frame/HitQueue.h"
 
 #include <utility>
 
-namespace app {
+namespace frame {
 
 using VnOSAL::VnCriticalSectionLock;
 
@@ -37,4 +37,4 @@ void CHitQueue::Close()
     hits.clear();
 }
 
-} // namespace app
+} // namespace frame

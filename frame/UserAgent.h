@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace app {
+namespace frame {
 
 // "Product/1.2.3 (Windows NT 10.0; WOW64)". Any thread.
 std::wstring FormatUserAgent(std::wstring_view productName, std::wstring_view version,
@@ -13,4 +13,4 @@ std::wstring FormatUserAgent(std::wstring_view productName, std::wstring_view ve
 // become blanks.
 std::wstring FormatUserAgentHeader(std::wstring_view userAgent);
 
-} // namespace app
+} // namespace frame

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "app/frame/ClosingPhase.h"
+#include "frame/ClosingPhase.h"
 #include "platform/Internet.h"
 
 #include <memory>
 #include <string>
 
 // Delivery of a hit as the GET of one address: what the classic and the KPI tracker share.
-namespace app {
+namespace frame {
 
 // Opens the internet session of one worker run; null when the system has none.
 std::unique_ptr<platform::CInternetSession> OpenDeliverySession(const std::wstring& agent,
@@ -35,4 +35,4 @@ bool DeliverWithRetry(Attempt&& attempt, CClosingPhase& closing, const platform:
     return tryOnce();
 }
 
-} // namespace app
+} // namespace frame

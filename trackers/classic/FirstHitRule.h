@@ -1,11 +1,15 @@
 #pragma once
 
-#include "app/frame/HitQueue.h"
-#include "app/frame/Hits.h"
+#include "frame/HitQueue.h"
+#include "frame/Hits.h"
 
 #include <string>
+#include <string_view>
 
-namespace app {
+namespace trackers {
+
+// The custom variable that tells a campaign code: slot 1, name "PHASH", scope 2 (a session).
+frame::TrackingHit MakePhashHit(std::wstring_view phash);
 
 // Leads the first hit of a run in: a pageview in front of anything that is none, then the campaign
 // code when there is one.
@@ -18,12 +22,12 @@ public:
 
     // Appends to `queue` what belongs in front of a hit of type `first`, if that is the run's
     // first.
-    void Lead(CHitQueue& queue, EHitType first, const std::wstring& phash)
+    void Lead(frame::CHitQueue& queue, frame::EHitType first, const std::wstring& phash)
     {
         if (!pending)
             return;
-        if (first != EHitType::Pageview)
-            queue.Append(MakePageviewHit());
+        if (first != frame::EHitType::Pageview)
+            queue.Append(frame::MakePageviewHit());
         if (!phash.empty())
             queue.Append(MakePhashHit(phash));
         pending = false;
@@ -33,4 +37,4 @@ private:
     bool pending = true;
 };
 
-} // namespace app
+} // namespace trackers

@@ -1,4 +1,4 @@
-#include "app/frame/StatsSampling.h"
+#include "frame/StatsSampling.h"
 
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-namespace app {
+namespace frame {
 
 bool DrawDropsStatsEvents()
 {
@@ -22,4 +22,4 @@ bool IsStatsEvent(const TrackingHit& hit)
            VnOSAL::EqualTexts(hit.field2, L"STATS", VnOSAL::ECase::Ignore);
 }
 
-} // namespace app
+} // namespace frame

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace env {
+namespace trackers {
 
 // The identifier that KPI requests carry: 32 units, kept in the registry and made anew when it is
 // not there in its exact length. Any thread.
@@ -16,4 +16,4 @@ std::wstring GetKpiUserId();
 // name in a cycle.
 std::wstring BuildKpiUserId(std::uint32_t tick, std::int64_t time, std::wstring_view computerName);
 
-} // namespace env
+} // namespace trackers

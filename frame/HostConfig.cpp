@@ -1,8 +1,8 @@
-#include "app/frame/HostConfig.h"
+#include "frame/HostConfig.h"
 
 #include "env/FileSystem.h"
 
-namespace app {
+namespace frame {
 
 std::wstring GetConfigPathBeside(const std::wstring& hostPath)
 {
@@ -15,4 +15,4 @@ std::wstring FindConfigBeside(const std::wstring& hostPath)
     return env::PathExists(path) ? path : L"";
 }
 
-} // namespace app
+} // namespace frame

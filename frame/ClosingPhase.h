@@ -1,8 +1,8 @@
 #pragma once
 
-#include "net/StopGrace.h"
+#include "platform/StopGrace.h"
 
-namespace app {
+namespace frame {
 
 // Keeps a worker that empties its queue at the end from holding up its tracker's release: once a
 // stop is requested it goes on sending for 10 seconds at the most, and not at all after a failure.
@@ -23,8 +23,8 @@ public:
 
 private:
     const platform::CStopSignal& stop;
-    net::CStopGrace phase;
+    platform::CStopGrace phase;
     bool failed = false;
 };
 
-} // namespace app
+} // namespace frame

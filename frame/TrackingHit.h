@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace app {
+namespace frame {
 
 enum class EHitType : std::int32_t
 {
@@ -34,4 +34,4 @@ struct TrackingHit
     bool onceOnly = false; // an event that is sent only the first time it occurs
 };
 
-} // namespace app
+} // namespace frame

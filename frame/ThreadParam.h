@@ -1,6 +1,6 @@
 #pragma once
 
-namespace app {
+namespace frame {
 
 // What a worker thread gets to know its tracker by, and through which trackers are deleted.
 class ThreadParam
@@ -9,4 +9,4 @@ public:
     virtual ~ThreadParam() = default;
 };
 
-} // namespace app
+} // namespace frame

@@ -1,9 +1,9 @@
-#include "app/frame/TrackerBase.h"
+#include "frame/TrackerBase.h"
 
-#include "app/frame/Hits.h"
 #include "env/InstallConfig.h"
+#include "frame/Hits.h"
 
-namespace app {
+namespace frame {
 
 using VnOSAL::VnCriticalSectionLock;
 
@@ -97,4 +97,4 @@ std::wstring CTrackerBase::ReadConfiguredProductName(const std::wstring& configP
                : trackingName;
 }
 
-} // namespace app
+} // namespace frame

@@ -1,11 +1,13 @@
-#include "env/KpiUserId.h"
+#include "trackers/kpi/KpiUserId.h"
 
 #include "env/Format.h"
 #include "env/RegistryValues.h"
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
 
-namespace env {
+namespace trackers {
+
+using env::FormatText;
 
 namespace {
 
@@ -49,7 +51,7 @@ std::wstring LoadKpiUserId()
     if (!key || key.Query(idValue, bytes, size) != platform::ERegistryQuery::Done ||
         size != idBytes)
         return {};
-    return DecodeUnits(bytes);
+    return env::DecodeUnits(bytes);
 }
 
 std::wstring FindComputerName()
@@ -70,7 +72,7 @@ std::wstring GetKpiUserId()
         id = BuildKpiUserId(platform::GetTickMilliseconds(), platform::GetUnixTime(),
                             FindComputerName());
         if (CRegistryKey key = CreateIdKey())
-            key.Set(idValue, platform::registrySz, EncodeUnits(id));
+            key.Set(idValue, platform::registrySz, env::EncodeUnits(id));
     }
     return id;
 }
@@ -83,9 +85,9 @@ std::wstring BuildKpiUserId(std::uint32_t tick, std::int64_t time, std::wstring_
     // request. That is so for two weeks after the tick count has turned negative.
     id.resize(2 * tickText.size(), L'0');
     for (std::size_t next = 0; id.size() < idLength && !computerName.empty(); ++next)
-        AppendFormat(id, L"%d", computerName[next % computerName.size()]);
+        env::AppendFormat(id, L"%d", computerName[next % computerName.size()]);
     id.resize(idLength, L'0');
     return id;
 }
 
-} // namespace env
+} // namespace trackers

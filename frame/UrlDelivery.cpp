@@ -1,6 +1,6 @@
-#include "app/frame/UrlDelivery.h"
+#include "frame/UrlDelivery.h"
 
-namespace app {
+namespace frame {
 
 using platform::CInternetException;
 using platform::CInternetSession;
@@ -39,4 +39,4 @@ catch (const CInternetException&)
     return false;
 }
 
-} // namespace app
+} // namespace frame
