@@ -6,35 +6,31 @@ namespace frame {
 
 using VnOSAL::VnCriticalSectionLock;
 
-void CHitQueue::Append(TrackingHit&& hit)
-{
-    const VnCriticalSectionLock lock(queueLock);
-    if (!closed)
-        hits.push_back(std::move(hit));
-}
-
 TrackingHit CHitQueue::Take()
 {
-    const VnCriticalSectionLock lock(queueLock);
-    if (hits.empty())
-        return {};
-    TrackingHit oldest = std::move(hits.front());
-    hits.pop_front();
-    return oldest;
+    PackedHit oldest;
+    {
+        const VnCriticalSectionLock lock(queueLock);
+        if (hits.IsEmpty())
+            return {};
+        oldest = hits.TakeOldest();
+    }
+    return oldest.Unpack();
 }
 
 void CHitQueue::Clear()
 {
-    std::deque<TrackingHit> dropped; // freed without the lock
+    CPackedHits dropped; // freed without the lock
     const VnCriticalSectionLock lock(queueLock);
-    hits.swap(dropped);
+    std::swap(hits, dropped);
 }
 
 void CHitQueue::Close()
 {
+    CPackedHits dropped; // freed without the lock
     const VnCriticalSectionLock lock(queueLock);
     closed = true;
-    hits.clear();
+    std::swap(hits, dropped);
 }
 
 } // namespace frame

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "frame/TrackingHit.h"
+#include "frame/PackedHits.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
-
-#include <deque>
 
 namespace frame {
 
@@ -12,21 +10,28 @@ namespace frame {
 // Kept in memory only: hits still queued when the tracker goes are lost, so that reporting never
 // holds up the host's exit.
 //
-// Threads: any thread may call any operation. Append() holds the lock for one move and never waits
-// for the network, so the host may call it from its UI thread.
+// Threads: any thread may call any operation. Append() holds the lock while it copies the texts and
+// never waits for the network, so the host may call it from its UI thread.
 class CHitQueue
 {
 public:
-    // Appends a hit behind all others. There is no limit on the length. A closed queue drops it.
-    void Append(TrackingHit&& hit);
+    // Appends a copy of the hit behind all others. There is no limit on the length. A closed queue
+    // drops it.
+    void Append(const HitView& hit)
+    {
+        Append(hit, [](CPackedHits&) {});
+    }
 
-    // The same, with what `lead(*this)` appends in front of it; both under one lock.
+    // The same, with what `lead` appends to the hits it is given in front of it; both under one
+    // lock.
     template <class Lead>
-    void Append(TrackingHit&& hit, Lead&& lead)
+    void Append(const HitView& hit, Lead&& lead)
     {
         const VnOSAL::VnCriticalSectionLock lock(queueLock);
-        lead(*this);
-        Append(std::move(hit));
+        if (closed)
+            return;
+        lead(hits);
+        hits.Append(hit);
     }
 
     // Takes the oldest hit; one of type None when there is none. Costs the same at any length.
@@ -40,8 +45,8 @@ public:
 
 private:
     VnOSAL::VnCriticalSection queueLock;
-    std::deque<TrackingHit> hits; // guarded by queueLock
-    bool closed = false;          // guarded by queueLock
+    CPackedHits hits;    // guarded by queueLock
+    bool closed = false; // guarded by queueLock
 };
 
 } // namespace frame

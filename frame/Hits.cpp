@@ -2,8 +2,6 @@
 
 #include "env/Text.h"
 
-#include <utility>
-
 namespace frame {
 
 namespace {
@@ -20,39 +18,31 @@ bool IsEventValue(std::wstring_view value)
 
 } // namespace
 
-TrackingHit MakePageviewHit()
+HitView MakePageviewHit() { return {EHitType::Pageview, {}, {}, {}, {}, {}, false}; }
+
+HitView MakeMessageHit(std::wstring_view text)
 {
-    TrackingHit hit;
-    hit.type = EHitType::Pageview;
-    return hit;
+    return {EHitType::Message, {}, {}, {}, {}, text, false};
 }
 
-TrackingHit MakeMessageHit(std::wstring_view text)
+HitView MakeEventHit(std::wstring_view category, std::wstring_view action, std::wstring_view label,
+                     std::wstring_view value, std::wstring_view page)
 {
-    TrackingHit hit;
-    hit.type = EHitType::Message;
-    hit.field5 = text;
-    return hit;
-}
-
-TrackingHit MakeEventHit(std::wstring_view category, std::wstring_view action,
-                         std::wstring_view label, std::wstring_view value, std::wstring page)
-{
-    TrackingHit hit;
+    HitView hit;
     hit.type = EHitType::Event;
     hit.field1 = value.empty() ? L"0" : value;
     hit.field2 = OrUnknown(category);
     hit.field3 = OrUnknown(label);
     hit.field4 = OrUnknown(action);
-    hit.field5 = std::move(page);
+    hit.field5 = page;
     return hit;
 }
 
-TrackingHit MakeEventExHit(std::wstring_view category, std::wstring_view action,
-                           std::wstring_view label, std::wstring_view value, std::wstring_view page,
-                           bool onceOnly)
+HitView MakeEventExHit(std::wstring_view category, std::wstring_view action,
+                       std::wstring_view label, std::wstring_view value, std::wstring_view page,
+                       bool onceOnly)
 {
-    TrackingHit hit;
+    HitView hit;
     hit.type = EHitType::Event;
     if (IsEventValue(value))
         hit.field1 = value;

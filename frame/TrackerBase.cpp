@@ -29,8 +29,8 @@ void CTrackerBase::TrackEvent(const wchar_t* category, const wchar_t* action, co
                               TrackerText value, TrackerText page) noexcept
 {
     Guard([&] {
-        QueueHit(MakeEventHit(OrEmpty(category), OrEmpty(action), OrEmpty(label), value.View(),
-                              PageOrProductName(page)));
+        QueueEvent(MakeEventHit(OrEmpty(category), OrEmpty(action), OrEmpty(label), value.View(),
+                                page.View()));
     });
 }
 
@@ -38,8 +38,8 @@ void CTrackerBase::TrackEventEx(TrackerText category, TrackerText action, Tracke
                                 TrackerText value, TrackerText page, bool onceOnly) noexcept
 {
     Guard([&] {
-        QueueHit(MakeEventExHit(category.View(), action.View(), label.View(), value.View(),
-                                PageOrProductName(page), onceOnly));
+        QueueEvent(MakeEventExHit(category.View(), action.View(), label.View(), value.View(),
+                                  page.View(), onceOnly));
     });
 }
 
@@ -54,9 +54,13 @@ std::wstring CTrackerBase::GetProductName() const
     return productName;
 }
 
-std::wstring CTrackerBase::PageOrProductName(TrackerText page) const
+void CTrackerBase::QueueEvent(HitView event)
 {
-    return page.View().empty() ? GetProductName() : std::wstring(page.View());
+    if (!event.field5.empty())
+        return QueueHit(event);
+    const std::wstring page = GetProductName();
+    event.field5 = page;
+    QueueHit(event);
 }
 
 void CTrackerBase::StartWorker()

@@ -48,7 +48,7 @@ protected:
     ~CTrackerBase() override = default;
 
     // Appends a hit; a tracker may let others lead it in.
-    virtual void QueueHit(TrackingHit&& hit) { queue.Append(std::move(hit)); }
+    virtual void QueueHit(const HitView& hit) { queue.Append(hit); }
 
     // Runs `operation`; whatever fails in it is dropped, so that the host never sees it.
     template <class Operation>
@@ -109,7 +109,8 @@ private:
         }
     }
 
-    std::wstring PageOrProductName(TrackerText page) const;
+    // Queues an event; one without a page gets the product's name as its page.
+    void QueueEvent(HitView event);
 
     CWorkerThread worker;
 };

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace frame {
 
@@ -16,22 +17,36 @@ enum class EHitType : std::int32_t
     CustomVariable = 6
 };
 
-// One queued hit. The fields by type:
+// One hit. The fields by type:
 //
 //   type             field1          field2       field3         field4         field5
 //   Event            value           category     label          action         page title
 //   Message                                                                     message text
 //   CustomVariable   variable value  slot number  variable name  scope
 //   Transaction, Item: as the tracker's TrackPurchase fills them; Pageview: all empty
-struct TrackingHit
+template <class Text>
+struct BasicHit
 {
     EHitType type = EHitType::None;
-    std::wstring field1;
-    std::wstring field2;
-    std::wstring field3;
-    std::wstring field4;
-    std::wstring field5;
+    Text field1;
+    Text field2;
+    Text field3;
+    Text field4;
+    Text field5;
     bool onceOnly = false; // an event that is sent only the first time it occurs
+
+    bool operator==(const BasicHit&) const = default;
 };
+
+// A hit that owns its texts.
+using TrackingHit = BasicHit<std::wstring>;
+
+// A hit on its way into a queue: its texts are somebody else's.
+using HitView = BasicHit<std::wstring_view>;
+
+inline HitView ViewHit(const TrackingHit& hit) noexcept
+{
+    return {hit.type, hit.field1, hit.field2, hit.field3, hit.field4, hit.field5, hit.onceOnly};
+}
 
 } // namespace frame

@@ -1,4 +1,3 @@
-#include "frame/HitQueue.h"
 #include "frame/Hits.h"
 #include "frame/StatsSampling.h"
 #include "frame/UserAgent.h"
@@ -11,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
+#include <atomic>
 #include <vector>
 
 using namespace frame;
@@ -34,38 +33,6 @@ TEST(EventExArguments, KeepOnlyNumericValues)
                  {L"00", L""}, {L"-3", L"-3"}, {L" 5", L" 5"}, {L"12ab", L"12ab"}, {L"0.5", L""}};
     for (const auto& c : cases)
         EXPECT_EQ(MakeEventExHit(L"", L"", L"", c.value, L"", true).field1, c.sent) << c.value;
-}
-
-TEST(HitQueue, KeepsTheOrderOfEachThread)
-{
-    constexpr int perThread = 2000;
-    CHitQueue queue;
-    const auto report = [&](wchar_t name) {
-        for (int i = 0; i < perThread; ++i)
-            queue.Append(MakeMessageHit(std::wstring(1, name) + std::to_wstring(i)));
-    };
-    std::thread other(report, L'a');
-    report(L'b');
-    std::vector<std::wstring> taken;
-    while (taken.size() < 2 * perThread)
-        if (TrackingHit hit = queue.Take(); hit.type != EHitType::None)
-            taken.push_back(hit.field5);
-    other.join();
-    int next[2] = {};
-    for (const std::wstring& text : taken)
-        EXPECT_EQ(text.substr(1), std::to_wstring(next[text[0] - L'a']++));
-}
-
-TEST(HitQueue, TakesNothingMoreOnceClosed)
-{
-    CHitQueue queue;
-    queue.Append(MakePageviewHit());
-    queue.Clear();
-    EXPECT_EQ(queue.Take().type, EHitType::None);
-    queue.Append(MakePageviewHit());
-    queue.Close();
-    queue.Append(MakePageviewHit());
-    EXPECT_EQ(queue.Take().type, EHitType::None);
 }
 
 struct Work : ThreadParam

@@ -140,19 +140,18 @@ void CZoTracker::TrackPurchase(TrackerText itemName, TrackerText itemCode, doubl
             transaction = MakeTransactionHit(purchase, transactionId, configuration.client.phash);
             item = MakeItemHit(purchase, configuration.client.language);
         }
-        QueueHit(std::move(transaction));
-        QueueHit(std::move(item));
+        QueueHit(frame::ViewHit(transaction));
+        QueueHit(frame::ViewHit(item));
     });
 }
 
-void CZoTracker::QueueHit(TrackingHit&& hit)
+void CZoTracker::QueueHit(const frame::HitView& hit)
 {
-    const EHitType type = hit.type;
-    queue.Append(std::move(hit), [this, type](frame::CHitQueue& led) {
+    queue.Append(hit, [&](frame::CPackedHits& led) {
         if (!firstHit.IsPending())
             return;
         const VnCriticalSectionLock lock(productLock); // always behind the queue's
-        firstHit.Lead(led, type, configuration.client.phash);
+        firstHit.Lead(led, hit.type, configuration.client.phash);
     });
 }
 

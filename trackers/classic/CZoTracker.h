@@ -77,7 +77,7 @@ private:
     bool SendTrackingRequest(platform::CInternetSession& session, const std::wstring& url,
                              const Configuration& current) const;
 
-    void QueueHit(frame::TrackingHit&& hit) override;
+    void QueueHit(const frame::HitView& hit) override;
     void ReadConfigurationOf(const std::wstring& hostPath);
     void ChooseProductName(std::wstring name);
     Configuration GetConfiguration() const;

@@ -3,11 +3,11 @@
 namespace trackers {
 
 using frame::EHitType;
-using frame::TrackingHit;
+using frame::HitView;
 
-TrackingHit MakePhashHit(std::wstring_view phash)
+HitView MakePhashHit(std::wstring_view phash)
 {
-    TrackingHit hit;
+    HitView hit;
     hit.type = EHitType::CustomVariable;
     hit.field1 = phash;
     hit.field2 = L"1";

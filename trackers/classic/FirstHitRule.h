@@ -1,7 +1,7 @@
 #pragma once
 
-#include "frame/HitQueue.h"
 #include "frame/Hits.h"
+#include "frame/PackedHits.h"
 
 #include <string>
 #include <string_view>
@@ -9,27 +9,26 @@
 namespace trackers {
 
 // The custom variable that tells a campaign code: slot 1, name "PHASH", scope 2 (a session).
-frame::TrackingHit MakePhashHit(std::wstring_view phash);
+frame::HitView MakePhashHit(std::wstring_view phash);
 
 // Leads the first hit of a run in: a pageview in front of anything that is none, then the campaign
 // code when there is one.
 //
-// Threads: call under the lock of the queue that it appends to.
+// Threads: call under the lock of the queue whose hits it appends to.
 class CFirstHitRule
 {
 public:
     bool IsPending() const noexcept { return pending; }
 
-    // Appends to `queue` what belongs in front of a hit of type `first`, if that is the run's
-    // first.
-    void Lead(frame::CHitQueue& queue, frame::EHitType first, const std::wstring& phash)
+    // Appends to `hits` what belongs in front of a hit of type `first`, if that is the run's first.
+    void Lead(frame::CPackedHits& hits, frame::EHitType first, const std::wstring& phash)
     {
         if (!pending)
             return;
         if (first != frame::EHitType::Pageview)
-            queue.Append(frame::MakePageviewHit());
+            hits.Append(frame::MakePageviewHit());
         if (!phash.empty())
-            queue.Append(MakePhashHit(phash));
+            hits.Append(MakePhashHit(phash));
         pending = false;
     }
 

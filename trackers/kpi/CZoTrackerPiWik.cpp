@@ -95,11 +95,11 @@ void CZoTrackerPiWik::TrackPurchase(TrackerText, TrackerText, double, TrackerTex
                                     std::int32_t) noexcept
 {
     Guard([&] {
-        TrackingHit hit;
+        frame::HitView hit;
         hit.type = EHitType::Transaction;
-        QueueHit(TrackingHit(hit));
+        QueueHit(hit);
         hit.type = EHitType::Item;
-        QueueHit(std::move(hit));
+        QueueHit(hit);
     });
 }
 

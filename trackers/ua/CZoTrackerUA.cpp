@@ -165,9 +165,10 @@ void CZoTrackerUA::TrackPurchase(TrackerText, TrackerText itemCode, double unitP
             const VnCriticalSectionLock lock(productLock);
             phash = configuration.phash;
         }
-        UaPurchase purchase = MakePurchaseHits(itemCode.View(), unitPrice, order, quantity, phash);
-        QueueHit(std::move(purchase.transaction));
-        QueueHit(std::move(purchase.item));
+        const UaPurchase purchase =
+            MakePurchaseHits(itemCode.View(), unitPrice, order, quantity, phash);
+        QueueHit(frame::ViewHit(purchase.transaction));
+        QueueHit(frame::ViewHit(purchase.item));
     });
 }
 

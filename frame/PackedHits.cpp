@@ -1,0 +1,101 @@
+#include "frame/PackedHits.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <numeric>
+#include <type_traits>
+#include <utility>
+
+namespace frame {
+
+namespace {
+
+using Head = PackedHit::Head;
+static_assert(std::is_trivially_copyable_v<Head>);
+static_assert(sizeof(Head) % sizeof(wchar_t) == 0);
+
+constexpr std::size_t headUnits = sizeof(Head) / sizeof(wchar_t);
+constexpr std::size_t blockUnits = 16 * 1024 / sizeof(wchar_t);
+
+std::uint32_t CountUnits(std::wstring_view text)
+{
+    if (text.size() > std::numeric_limits<std::uint32_t>::max())
+        throw std::bad_alloc();
+    return static_cast<std::uint32_t>(text.size());
+}
+
+std::size_t CountTextUnits(const Head& head)
+{
+    return std::accumulate(head.lengths.begin(), head.lengths.end(), std::size_t{0});
+}
+
+} // namespace
+
+void CPackedHits::Append(const HitView& hit)
+{
+    const Head head{{CountUnits(hit.field1), CountUnits(hit.field2), CountUnits(hit.field3),
+                     CountUnits(hit.field4), CountUnits(hit.field5)},
+                    static_cast<std::uint8_t>(hit.type),
+                    hit.onceOnly};
+    wchar_t* to = Extend(headUnits + CountTextUnits(head));
+    std::memcpy(to, &head, sizeof(head));
+    to += headUnits;
+    for (const std::wstring_view text :
+         {hit.field1, hit.field2, hit.field3, hit.field4, hit.field5})
+        to += text.copy(to, text.size());
+}
+
+// Room for so many more units behind the newest record.
+wchar_t* CPackedHits::Extend(std::size_t units)
+{
+    if (blocks.empty() || blocks.back().size - blocks.back().used < units)
+    {
+        if (IsEmpty())
+            blocks.clear(); // the block that was kept is too small
+        const std::size_t size = std::max(units, blockUnits);
+        blocks.push_back({std::make_unique_for_overwrite<wchar_t[]>(size), size, 0});
+    }
+    Block& block = blocks.back();
+    return block.units.get() + std::exchange(block.used, block.used + units);
+}
+
+PackedHit CPackedHits::TakeOldest()
+{
+    PackedHit hit;
+    const Block& block = blocks.front();
+    const wchar_t* const from = block.units.get() + taken;
+    std::memcpy(&hit.head, from, sizeof(hit.head));
+    hit.texts.assign(from + headUnits, CountTextUnits(hit.head));
+    taken += headUnits + hit.texts.size();
+    if (taken == block.used)
+        LeaveEmptiedBlock();
+    return hit;
+}
+
+void CPackedHits::LeaveEmptiedBlock() noexcept
+{
+    taken = 0;
+    if (blocks.size() == 1 && blocks.front().size == blockUnits)
+        blocks.front().used = 0;
+    else
+        blocks.pop_front();
+}
+
+TrackingHit PackedHit::Unpack() const
+{
+    TrackingHit hit;
+    hit.type = static_cast<EHitType>(head.type);
+    hit.onceOnly = head.onceOnly;
+    const wchar_t* from = texts.data();
+    const std::uint32_t* length = head.lengths.data();
+    for (std::wstring* field : {&hit.field1, &hit.field2, &hit.field3, &hit.field4, &hit.field5})
+    {
+        field->assign(from, *length);
+        from += *length++;
+    }
+    return hit;
+}
+
+} // namespace frame

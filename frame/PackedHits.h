@@ -1,0 +1,65 @@
+#pragma once
+
+#include "frame/TrackingHit.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+
+namespace frame {
+
+// One hit out of its block: a copy of its record.
+struct PackedHit
+{
+    struct Head
+    {
+        std::array<std::uint32_t, 5> lengths; // of field1 to field5, in units
+        std::uint8_t type;
+        bool onceOnly;
+    };
+
+    Head head;
+    std::wstring texts; // field1 to field5, without separators
+
+    TrackingHit Unpack() const;
+};
+
+// Hits one behind the other in blocks of memory, oldest first. A record is
+//
+//   PackedHit::Head   type, flag, five lengths
+//   wchar_t[]         the units of the five texts
+//
+// and lies in one block, of 16 KiB, or of its own size when it is larger. So most appends allocate
+// nothing. A block whose records are all taken is freed; one is kept for the hits to come.
+//
+// Threads: one at a time.
+class CPackedHits
+{
+public:
+    bool IsEmpty() const noexcept { return blocks.empty() || blocks.front().used == 0; }
+
+    // Appends a copy of the hit. Throws std::bad_alloc, and has appended nothing then.
+    void Append(const HitView& hit);
+
+    // Takes the oldest hit; there must be one. Throws std::bad_alloc, and has taken nothing then.
+    PackedHit TakeOldest();
+
+private:
+    struct Block
+    {
+        std::unique_ptr<wchar_t[]> units;
+        std::size_t size;
+        std::size_t used;
+    };
+
+    wchar_t* Extend(std::size_t units);
+    void LeaveEmptiedBlock() noexcept;
+
+    std::list<Block> blocks;
+    std::size_t taken = 0; // units of the first block
+};
+
+} // namespace frame
