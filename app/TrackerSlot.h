@@ -28,11 +28,11 @@ public:
         {}
     }
 
+    // Of two that destroy at once, one finds nothing.
     void Destroy() noexcept
     {
-        const frame::ThreadParam* const deleted = tracker.load();
+        const frame::ThreadParam* const deleted = tracker.exchange(nullptr);
         delete deleted;
-        tracker = nullptr;
     }
 
 private:

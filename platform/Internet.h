@@ -87,7 +87,6 @@ public:
     // One header of the answer, empty when absent.
     std::wstring QueryContentLocation();
     std::wstring QueryLocation();
-    std::wstring QueryRawHeaders();
 
     // Reads up to `count` bytes of the body; 0 at its end.
     std::size_t Read(char* buffer, std::size_t count);
@@ -153,7 +152,8 @@ private:
 };
 
 // Whether the system has a connection at all (InternetGetConnectedState). On false, `error` is the
-// system's last error. Bounded by one second after a stop request, as every call here.
+// system's last error. A question that was given up counts as true. Bounded by one second after a
+// stop request, as every call here.
 bool GetConnectedState(const CStopSignal& stop, std::uint32_t& error);
 
 // What the network list manager says of the connection to the internet. Whatever the question
@@ -165,7 +165,7 @@ enum class EConnectivity
     CallFailed,     // the manager exists, the question failed
     ManagerMissing, // creating the manager failed
     NoManager,      // creating it reported success, but there is none
-    Exception       // something unforeseen
+    Exception       // something unforeseen, or the question was given up
 };
 EConnectivity QueryConnectivity(const CStopSignal& stop);
 

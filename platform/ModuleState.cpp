@@ -10,7 +10,10 @@ constinit std::atomic<EModuleState> moduleState{EModuleState::Running};
 
 } // namespace
 
-EModuleState GetModuleState() noexcept { return moduleState.load(); }
+EModuleState GetModuleState() noexcept
+{
+    return IsProcessShuttingDown() ? EModuleState::ProcessEnding : moduleState.load();
+}
 
 void SetModuleState(EModuleState next) noexcept { moduleState.store(next); }
 

@@ -10,8 +10,14 @@ enum class EModuleState
     ProcessEnding // every other thread is gone; a lock may be held for ever
 };
 
-// Any thread. Set once, by the module's entry point.
+// Any thread. Another module may call this one while the process ends, before this one's entry
+// point is told; that counts as ProcessEnding, too.
 EModuleState GetModuleState() noexcept;
+
+// Once, by the module's entry point.
 void SetModuleState(EModuleState next) noexcept;
+
+// Whether the system has begun to end the process, other threads first.
+bool IsProcessShuttingDown() noexcept;
 
 } // namespace platform

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -8,11 +7,14 @@ namespace platform {
 
 // One thread of the system, created suspended.
 //
-// A thread can be joined in every situation a module meets, under the loader's lock too: the end of
-// a thread needs that lock, so the routine's return is signalled first, the thread parks itself,
-// and the joining side ends it. A thread that has not reached its routine keeps the module in the
-// process until it has; one that still has not after a second is ended where it stands. When the
-// process is ending, its other threads are gone already and nothing is waited for.
+// A thread can be joined in every situation a module meets, under the loader's lock too, although
+// the end of a thread needs that lock:
+// - In an ordinary end the thread leaves by itself, holding the module until it has.
+// - While the module is being unloaded it cannot leave. It parks itself when its routine has
+//   returned, with nothing of anybody's in its hands, and the joining side ends it.
+// - A thread that has not reached its routine is given up: it leaves as soon as it begins, without
+//   running it, and holds the module until then.
+// When the process is ending, its other threads are gone already and nothing is waited for.
 //
 // Threads: one owner at a time calls these operations.
 class CThread
@@ -29,23 +31,20 @@ public:
     bool CreateSuspended(Routine routine, void* parameter) noexcept;
     void Resume() noexcept;
 
-    bool IsHeld() const noexcept; // created and not closed
-
     // True while the routine has not returned (or has not been entered) and the thread exists.
     bool IsActive() const noexcept;
 
-    // Waits until the routine has returned and ends the thread. False when the thread had to be
-    // ended before its routine returned.
+    // Waits until the routine has returned and the thread is gone, or gives a thread up that has
+    // not begun. False when the routine did not return within 20 seconds (1.5 while the module is
+    // being unloaded), which would be a fault of the routine's: then the thread has been ended
+    // where it stood.
     bool Join() noexcept;
-
-    // Ends the thread where it stands. A last resort: what it holds stays held.
-    void Terminate(std::uint32_t exitCode) noexcept;
 
     void Close() noexcept;
 
 private:
     struct State;
-    std::unique_ptr<State> state;
+    std::shared_ptr<State> state;
 };
 
 // Names the calling thread for debuggers; does nothing where the system has no such service.

@@ -27,7 +27,7 @@ constexpr std::chrono::milliseconds connectivityLimit{10'000};
 
 EConnectivity AskNetworkListManager() noexcept
 {
-    ::CoInitializeEx(nullptr, COINIT_DISABLE_OLE1DDE);
+    const HRESULT initialized = ::CoInitializeEx(nullptr, COINIT_DISABLE_OLE1DDE);
     VARIANT_BOOL connected = VARIANT_TRUE;
     INetworkListManager* manager = nullptr;
     HRESULT result =
@@ -39,7 +39,8 @@ EConnectivity AskNetworkListManager() noexcept
         result = AskIfConnected(*manager, connected);
         manager->Release();
     }
-    ::CoUninitialize();
+    if (SUCCEEDED(initialized))
+        ::CoUninitialize();
     if (missing)
         return FAILED(result) ? EConnectivity::ManagerMissing : EConnectivity::NoManager;
     if (FAILED(result))
@@ -56,14 +57,16 @@ bool GetConnectedState(const CStopSignal& stop, std::uint32_t& error)
         bool connected;
         DWORD error;
     };
-    const auto answer = std::make_shared<Answer>(false, ERROR_TIMEOUT);
-    RunWithinDeadline(
+    const auto answer = std::make_shared<Answer>(true, 0);
+    const ECallEnd end = RunWithinDeadline(
         [answer] {
             DWORD flags = 0;
             answer->connected = ::InternetGetConnectedState(&flags, 0) != FALSE;
             answer->error = ::GetLastError();
         },
         connectivityLimit, stop);
+    if (end != ECallEnd::Returned)
+        return true;
     error = answer->error;
     return answer->connected;
 }
@@ -75,15 +78,15 @@ EConnectivity QueryConnectivity(const CStopSignal& stop)
         EConnectivity connectivity;
         DWORD error;
     };
-    const auto answer = std::make_shared<Answer>();
-    const bool ended = RunWithinDeadline(
+    const auto answer = std::make_shared<Answer>(EConnectivity::Exception, DWORD{ERROR_TIMEOUT});
+    const ECallEnd end = RunWithinDeadline(
         [answer] {
             answer->connectivity = AskNetworkListManager();
             answer->error = ::GetLastError();
         },
         connectivityLimit, stop);
-    ::SetLastError(ended ? answer->error : ERROR_TIMEOUT);
-    return ended ? answer->connectivity : EConnectivity::Exception;
+    ::SetLastError(end == ECallEnd::Returned ? answer->error : ERROR_TIMEOUT);
+    return end == ECallEnd::Returned ? answer->connectivity : EConnectivity::Exception;
 }
 
 } // namespace platform

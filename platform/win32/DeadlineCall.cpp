@@ -1,66 +1,61 @@
 #include "platform/win32/DeadlineCall.h"
 
-#include "platform/ModuleState.h"
-#include "platform/win32/LoaderLock.h"
-#include "platform/win32/UniqueHandle.h"
-
-#include <windows.h>
+#include "platform/win32/ModuleReference.h"
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace platform {
 
 namespace {
 
+// How long the thread of a call that has returned may take to be gone. Nothing depends on it but
+// that a module whose trackers are released leaves the process as soon as it is unloaded.
+constexpr DWORD leaveLimit = 200;
+
 struct Call
 {
     std::function<void()> work;
     CKernelHandle ended;
+    HMODULE reference = nullptr; // the thread's, which it gives back when it leaves
 };
 
-constexpr DWORD loaderPause = 2; // milliseconds
-
-// The callback's own share of the call, handed through the pool.
+// The thread's own share of the call.
 using Share = std::shared_ptr<Call>;
 
-void RunCall(void* share)
+void Run(Call& call) noexcept
 {
-    const std::unique_ptr<Share> own(static_cast<Share*>(share));
-    Call& call = **own;
-    call.work();
-    call.work = nullptr;
-    ::SetEvent(call.ended.Get());
-}
-
-// Whoever holds the loader's lock may be unloading this module and waiting for this very thread, so
-// it is tried, never waited for. Null when the module is being unloaded or the time is over.
-void* PinPatiently(std::chrono::milliseconds limit, const CStopSignal& stop)
-{
-    const ULONGLONG start = ::GetTickCount64();
-    for (;;)
+    try
     {
-        {
-            const CLoaderTryLock lock;
-            if (lock && GetModuleState() == EModuleState::Running)
-                return PinModule();
-        }
-        const auto longest = stop.IsRequested() ? std::min(limit, limitAfterStop) : limit;
-        if (GetModuleState() != EModuleState::Running ||
-            ::GetTickCount64() - start >= static_cast<ULONGLONG>(longest.count()))
-            return nullptr;
-        ::Sleep(loaderPause);
+        call.work();
     }
+    catch (...)
+    {}
+    call.work = nullptr;
 }
 
-bool Submit(const Share& call, std::chrono::milliseconds limit, const CStopSignal& stop)
+DWORD WINAPI RunThread(void* handed) noexcept
+{
+    std::unique_ptr<Share> share(static_cast<Share*>(handed));
+    const HMODULE reference = (*share)->reference;
+    Run(**share);
+    ::SetEvent((*share)->ended.Get());
+    share.reset();
+    ::FreeLibraryAndExitThread(reference, 0);
+    return 0;
+}
+
+CKernelHandle Start(const Share& call, std::chrono::milliseconds limit, const CStopSignal& stop)
 {
     auto share = std::make_unique<Share>(call);
-    void* const pinned = PinPatiently(limit, stop);
-    if (pinned == nullptr || !RunPinned(pinned, &RunCall, share.get()))
-        return false;
-    share.release();
-    return true;
+    call->reference = TryTakeModuleReference(limit, stop);
+    CKernelHandle thread;
+    if (call->reference != nullptr)
+        thread = CKernelHandle(::CreateThread(nullptr, 0, &RunThread, share.get(), 0, nullptr));
+    if (thread)
+        share.release();
+    return thread;
 }
 
 bool WaitForEnd(HANDLE ended, std::chrono::milliseconds limit, const CStopSignal& stop)
@@ -79,13 +74,19 @@ bool WaitForEnd(HANDLE ended, std::chrono::milliseconds limit, const CStopSignal
 
 } // namespace
 
-bool RunWithinDeadline(std::function<void()> work, std::chrono::milliseconds limit,
-                       const CStopSignal& stop)
+ECallEnd RunWithinDeadline(std::function<void()> work, std::chrono::milliseconds limit,
+                           const CStopSignal& stop)
 {
     const auto call = std::make_shared<Call>();
     call->work = std::move(work);
     call->ended = CKernelHandle(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    return call->ended && Submit(call, limit, stop) && WaitForEnd(call->ended.Get(), limit, stop);
+    const CKernelHandle thread = call->ended ? Start(call, limit, stop) : CKernelHandle();
+    if (!thread)
+        return ECallEnd::NotStarted;
+    if (!WaitForEnd(call->ended.Get(), limit, stop))
+        return ECallEnd::Abandoned;
+    ::WaitForSingleObject(thread.Get(), leaveLimit);
+    return ECallEnd::Returned;
 }
 
 } // namespace platform

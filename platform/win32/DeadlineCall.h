@@ -10,15 +10,23 @@ namespace platform {
 // How long a call may still last once a stop is requested.
 inline constexpr std::chrono::milliseconds limitAfterStop{1000};
 
-// Runs `work` on a thread of the process's pool and waits for its end, at most `limit` and at most
-// `limitAfterStop` once `stop` is requested. True when it has ended; then all it did is visible.
+enum class ECallEnd
+{
+    Returned,  // all that the call did is visible
+    Abandoned, // it goes on by itself
+    NotStarted // the module is being unloaded, the system has no thread, or the time was over
+};
+
+// Runs `work` on a thread of its own and waits for its end, at most `limit` and at most
+// `limitAfterStop` once `stop` is requested.
 //
-// Past its deadline the call is abandoned: it goes on by itself, so `work` must own everything it
-// touches. The module stays mapped until it has returned. While the module is being unloaded
-// nothing can be started any more, and `work` is dropped unrun.
+// Past its deadline the call is abandoned, so `work` must own everything it touches. The thread
+// holds the module until `work` has returned and is destroyed. What `work` throws ends it and is
+// dropped.
 //
-// For calls into the system that no time-out bounds reliably. Threads: any; `work` must not throw.
-bool RunWithinDeadline(std::function<void()> work, std::chrono::milliseconds limit,
-                       const CStopSignal& stop);
+// For calls into the system that no time-out bounds reliably, or that may need the loader's lock.
+// Threads: any.
+ECallEnd RunWithinDeadline(std::function<void()> work, std::chrono::milliseconds limit,
+                           const CStopSignal& stop);
 
 } // namespace platform

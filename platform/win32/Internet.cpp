@@ -1,7 +1,9 @@
 #include "platform/Internet.h"
 
+#include "platform/ModuleState.h"
 #include "platform/Url.h"
 #include "platform/win32/DeadlineCall.h"
+#include "platform/win32/UniqueHandle.h"
 
 #include <windows.h>
 
@@ -80,7 +82,8 @@ void SetTimeout(HINTERNET handle, EInternetOption option, std::uint32_t value)
 
 } // namespace
 
-// A handle with the handles it came from, which are closed after it.
+// A handle with the handles it came from, which are closed after it. Closing waits for locks of the
+// system's, so it is done on the threads of calls.
 struct InternetState
 {
     InternetState(const CStopSignal& stopSignal, std::shared_ptr<InternetState> from)
@@ -96,12 +99,31 @@ struct InternetState
     BOOL Close() noexcept
     {
         const HINTERNET open = std::exchange(handle, nullptr);
-        return open == nullptr || ::InternetCloseHandle(open);
+        const BOOL closed = open == nullptr || ::InternetCloseHandle(open);
+        if (const HMODULE held = library.exchange(nullptr))
+            ::FreeLibrary(held);
+        return closed;
+    }
+
+    // Closes on a thread that begins in WinINet's code, for this module's may be gone by then.
+    // WinINet stays in the process for it.
+    void CloseApart() noexcept
+    {
+        InternetState* session = this;
+        while (session->parent)
+            session = session->parent.get();
+        session->library = nullptr;
+        const auto routine = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+            reinterpret_cast<void*>(&::InternetCloseHandle));
+        const HINTERNET open = std::exchange(handle, nullptr);
+        if (open != nullptr && GetModuleState() != EModuleState::ProcessEnding)
+            CKernelHandle(::CreateThread(nullptr, 0, routine, open, 0, nullptr));
     }
 
     const CStopSignal& stop; // asked by the owner's thread only
     std::shared_ptr<InternetState> parent;
     HINTERNET handle = nullptr;
+    std::atomic<HMODULE> library{nullptr}; // a session's reference to WinINet
     Timeouts timeouts;
     bool abandoned = false; // a call is still in flight; the owner's thread only
 };
@@ -110,60 +132,98 @@ namespace {
 
 using Shared = std::shared_ptr<InternetState>;
 
+DWORD GetErrorOfGivenUp(const CStopSignal& stop) noexcept
+{
+    return stop.IsRequested() ? internetOperationCancelled : internetTimeout;
+}
+
 // Runs `call` within `limit`, throws the error number that it returns. It holds its own share of
 // all it touches, for it may outlast this function.
 void Perform(InternetState& state, milliseconds limit, std::function<DWORD()> call)
 {
     if (state.abandoned)
         throw CInternetException(internetOperationCancelled);
-    const auto error = std::make_shared<DWORD>(0);
-    if (!RunWithinDeadline([error, call = std::move(call)] { *error = call(); }, limit, state.stop))
+    const auto error = std::make_shared<DWORD>(ERROR_NOT_ENOUGH_MEMORY); // when the call throws
+    if (RunWithinDeadline([error, call = std::move(call)] { *error = call(); }, limit,
+                          state.stop) != ECallEnd::Returned)
     {
         state.abandoned = true;
-        throw CInternetException(state.stop.IsRequested() ? internetOperationCancelled
-                                                          : internetTimeout);
+        throw CInternetException(GetErrorOfGivenUp(state.stop));
     }
     if (*error != 0)
         throw CInternetException(*error);
 }
 
-// Opens a handle below `parent` (none for a session) by `open`.
-Shared OpenBelow(const CStopSignal& stop, const Shared& parent,
-                 std::function<HINTERNET(const InternetState&)> open)
+// Gives up a share where no call can be made any more, because the module is being unloaded, say.
+void DropApart(Shared& state) noexcept
 {
-    const auto created = std::make_shared<InternetState>(stop, parent);
-    Perform(*created, localCallLimit, [created, open = std::move(open)] {
-        created->handle = open(*created);
-        return created->handle != nullptr ? 0 : GetFailure();
-    });
-    return created;
+    while (state.use_count() == 1)
+    {
+        state->CloseApart();
+        Shared parent = std::move(state->parent);
+        state = std::move(parent);
+    }
+    state.reset();
 }
 
-// Gives up the owner's share on a thread that may wait; the last share closes the handles.
-void Drop(Shared& state) noexcept
+// Gives up the owner's share. The last share closes its handle and those above it that nobody needs
+// any more; the owner's may be it, and so goes by a call. The error of closing.
+DWORD Drop(Shared& state) noexcept
+try
 {
     if (!state)
-        return;
+        return 0;
+    struct Last
+    {
+        Shared state;
+        DWORD error;
+    };
     const CStopSignal& stop = state->stop;
-    try
-    {
-        RunWithinDeadline([own = std::move(state)]() mutable { own.reset(); }, localCallLimit,
-                          stop);
-    }
-    catch (const std::bad_alloc&)
-    {
-        state.reset();
-    }
+    const bool abandoned = state->abandoned;
+    const auto last = std::make_shared<Last>(Last{state, 0});
+    std::function<void()> drop = [last] {
+        if (last->state.use_count() == 1)
+            last->error = ErrorOf(last->state->Close());
+        last->state.reset();
+    };
+    state.reset();
+    const ECallEnd end = RunWithinDeadline(std::move(drop), localCallLimit, stop);
+    if (end == ECallEnd::NotStarted)
+        DropApart(last->state);
+    if (abandoned)
+        return 0;
+    return end == ECallEnd::Returned ? last->error : GetErrorOfGivenUp(stop);
+}
+catch (const std::bad_alloc&)
+{
+    DropApart(state);
+    return 0;
 }
 
-// Closes the owner's handle unless a call in flight still needs it.
 void CloseOwned(Shared& state)
 {
-    if (!state)
-        return;
-    const Shared closing = std::move(state);
-    if (closing.use_count() == 1 && !closing->abandoned)
-        Perform(*closing, localCallLimit, [closing] { return ErrorOf(closing->Close()); });
+    if (const DWORD error = Drop(state))
+        throw CInternetException(error);
+}
+
+// Opens a handle below `parent` (none for a session) by `open`.
+Shared OpenBelow(const CStopSignal& stop, const Shared& parent,
+                 std::function<HINTERNET(InternetState&)> open)
+{
+    Shared created = std::make_shared<InternetState>(stop, parent);
+    try
+    {
+        Perform(*created, localCallLimit, [created, open = std::move(open)] {
+            created->handle = open(*created);
+            return created->handle != nullptr ? 0 : GetFailure();
+        });
+    }
+    catch (...)
+    {
+        Drop(created);
+        throw;
+    }
+    return created;
 }
 
 std::wstring QueryHeader(InternetState& state, const Shared& own, DWORD level)
@@ -270,11 +330,6 @@ std::wstring CHttpFile::QueryContentLocation()
 
 std::wstring CHttpFile::QueryLocation() { return QueryHeader(*state, state, HTTP_QUERY_LOCATION); }
 
-std::wstring CHttpFile::QueryRawHeaders()
-{
-    return QueryHeader(*state, state, HTTP_QUERY_RAW_HEADERS_CRLF);
-}
-
 std::size_t CHttpFile::Read(char* buffer, std::size_t count)
 {
     const auto block = std::make_shared<std::vector<char>>(count);
@@ -313,15 +368,18 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
 {
     return std::make_unique<CHttpFile>(OpenBelow(
         state->stop, state,
-        [verb, escaped = EscapeObject(object), referrer, context,
-         flags](const InternetState& request) {
+        [verb, escaped = EscapeObject(object), referrer, context, flags](InternetState& request) {
             const HINTERNET opened = ::HttpOpenRequestW(
                 request.parent->handle, verb.c_str(), escaped.c_str(), L"HTTP/1.1",
                 referrer.empty() ? nullptr : referrer.c_str(), nullptr, flags | silent, context);
-            // No system's requests inherit every time-out of their session.
+            // No system's requests inherit every time-out of their session. Without a handle the
+            // whole process's would change.
+            const DWORD error = ::GetLastError();
             Timeouts timeouts = request.timeouts;
             for (const EInternetOption option : allOptions)
-                SetTimeout(opened, option, timeouts[option]);
+                if (opened != nullptr)
+                    SetTimeout(opened, option, timeouts[option]);
+            ::SetLastError(error);
             return opened;
         }));
 }
@@ -332,7 +390,10 @@ void CHttpConnection::Close() { CloseOwned(state); }
 
 CInternetSession::CInternetSession(const std::wstring& agent, std::uintptr_t /*context*/,
                                    const CStopSignal& stop)
-    : state(OpenBelow(stop, nullptr, [agent](const InternetState&) {
+    : state(OpenBelow(stop, nullptr, [agent](InternetState& session) {
+          HMODULE library = nullptr;
+          ::GetModuleHandleExW(0, L"wininet.dll", &library);
+          session.library = library;
           return ::InternetOpenW(agent.c_str(), INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0);
       }))
 {}
@@ -353,7 +414,7 @@ std::unique_ptr<CHttpConnection> CInternetSession::GetHttpConnection(const std::
                                                                      std::uint32_t flags)
 {
     return std::make_unique<CHttpConnection>(
-        OpenBelow(state->stop, state, [host, port, flags](const InternetState& connection) {
+        OpenBelow(state->stop, state, [host, port, flags](InternetState& connection) {
             return ::InternetConnectW(connection.parent->handle, host.c_str(), port, nullptr,
                                       nullptr, INTERNET_SERVICE_HTTP, flags, 1);
         }));

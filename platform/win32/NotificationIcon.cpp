@@ -62,7 +62,8 @@ struct CNotificationIcon::Native
     void Perform(Call&& call)
     {
         if (!abandoned)
-            abandoned = !RunWithinDeadline(std::forward<Call>(call), callLimit, stop);
+            abandoned =
+                RunWithinDeadline(std::forward<Call>(call), callLimit, stop) != ECallEnd::Returned;
     }
 };
 

@@ -1,14 +1,13 @@
 #include "platform/Thread.h"
 
 #include "platform/ModuleState.h"
-#include "platform/win32/LoaderLock.h"
-#include "platform/win32/ThreadValues.h"
+#include "platform/win32/ModuleReference.h"
 #include "platform/win32/UniqueHandle.h"
 
 #include <windows.h>
 
 #include <atomic>
-#include <new>
+#include <utility>
 
 namespace platform {
 
@@ -25,7 +24,8 @@ constexpr DWORD returnLimit = 20'000;
 // The same while the loader's lock is held and nothing that the routine may wait for can happen.
 constexpr DWORD returnLimitUnloading = 1500;
 
-constexpr DWORD endLimit = 1000;
+// How long a thread whose routine has returned may take to be gone, reference included.
+constexpr DWORD leaveLimit = 500;
 
 using SetThreadDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
 
@@ -35,7 +35,7 @@ constinit SetThreadDescription setDescription = nullptr;
 
 void FindSystemFunctions() noexcept
 {
-    PrepareLoaderLock();
+    FindLoaderFunctions();
     setDescription = reinterpret_cast<SetThreadDescription>(reinterpret_cast<void*>(
         ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "SetThreadDescription")));
 }
@@ -44,6 +44,13 @@ CKernelHandle CreateManualEvent() noexcept
 {
     return CKernelHandle(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
 }
+
+enum class EBeginning
+{
+    Awaited,
+    Begun,
+    GivenUp
+};
 
 } // namespace
 
@@ -55,31 +62,74 @@ struct CThread::State
     CKernelHandle finished = CreateManualEvent();
     CKernelHandle never = CreateManualEvent();
     CKernelHandle thread{};
-    std::atomic<std::uint32_t> result{0};
+    CKernelHandle returner{}; // gives the reference of the beginning back; set before `entered`
+    std::atomic<EBeginning> beginning{EBeginning::Awaited};
+    std::atomic<bool> parked{false}; // set before `finished`
 
-    // Keeps the module in the process until the thread has begun. A thread that has not begun waits
-    // for the loader's lock, where whoever unloads the module can neither wait for it nor safely
-    // end it.
-    void* pinned = nullptr;
+    // Keeps the module in the process until the thread has begun, which it cannot while anybody
+    // holds the loader's lock.
+    HMODULE reference = nullptr;
 
-    static DWORD WINAPI Run(void* own) noexcept;
+    // The thread's own share. Whoever ends a parked thread drops it in its place.
+    std::shared_ptr<State> own{};
+
+    State(Routine threadRoutine, void* threadParameter) noexcept
+        : routine(threadRoutine), parameter(threadParameter)
+    {}
+
+    static DWORD WINAPI Run(void* state) noexcept;
+    void GiveBackReference() noexcept;
+    void Leave(HMODULE held, DWORD result) noexcept;
+    void Park() noexcept;
     bool WaitFor(const CKernelHandle& event, DWORD limit) const noexcept;
-    bool WaitForReturn() const noexcept;
+    bool GiveUpBeginning() noexcept;
+    void Terminate() noexcept;
+    void WaitUntilGone() noexcept;
 };
 
-// A thread that returned from here would wait for the loader's lock, and whoever unloads the module
-// would wait for the thread. So it stays, with nothing of ours in use, until Join ends it.
-DWORD WINAPI CThread::State::Run(void* own) noexcept
+DWORD WINAPI CThread::State::Run(void* handed) noexcept
 {
-    auto& state = *static_cast<State*>(own);
+    State& state = *static_cast<State*>(handed);
+    if (state.beginning.exchange(EBeginning::Begun) == EBeginning::GivenUp)
+        state.Leave(std::exchange(state.reference, nullptr), 0);
+    state.GiveBackReference();
     ::SetEvent(state.entered.Get());
-    if (state.pinned != nullptr)
-        RunPinned(
-            state.pinned, [](void*) {}, nullptr);
-    state.result = state.routine(state.parameter);
-    FreeThreadValues();
-    ::SignalObjectAndWait(state.finished.Get(), state.never.Get(), INFINITE, FALSE);
-    return state.result;
+    const DWORD result = state.routine(state.parameter);
+    if (state.reference == nullptr)
+        state.reference = TryTakeModuleReference();
+    if (state.reference == nullptr)
+        state.Park();
+    ::SetEvent(state.finished.Get());
+    state.Leave(std::exchange(state.reference, nullptr), result);
+    return result;
+}
+
+// On another thread: the last reference ends the workers, and a worker cannot end itself. Without
+// such a thread this one keeps the reference until its routine has returned.
+void CThread::State::GiveBackReference() noexcept
+{
+    if (reference == nullptr)
+        return;
+    returner = GiveBackApart(reference);
+    if (returner)
+        reference = nullptr;
+}
+
+// The calling thread's last step; does not return when it holds the module. (A thread that never
+// got a reference returns, and so waits for the loader's lock; it was given up by all.)
+void CThread::State::Leave(HMODULE held, DWORD result) noexcept
+{
+    own.reset(); // nothing of the state may be used from here on
+    if (held != nullptr)
+        ::FreeLibraryAndExitThread(held, result);
+    ::ExitThread(result);
+}
+
+// Signals the end and stands still, in one step of the system.
+void CThread::State::Park() noexcept
+{
+    parked = true;
+    ::SignalObjectAndWait(finished.Get(), never.Get(), INFINITE, FALSE);
 }
 
 // True when the event came; false after the limit or when the thread is gone.
@@ -89,11 +139,31 @@ bool CThread::State::WaitFor(const CKernelHandle& event, DWORD limit) const noex
     return ::WaitForMultipleObjects(2, handles, FALSE, limit) == WAIT_OBJECT_0;
 }
 
-bool CThread::State::WaitForReturn() const noexcept
+// True when the thread has not begun and never will run its routine.
+bool CThread::State::GiveUpBeginning() noexcept
 {
     const bool unloading = GetModuleState() == EModuleState::Unloading;
-    return WaitFor(entered, unloading ? 0 : entryLimit) &&
-           WaitFor(finished, unloading ? returnLimitUnloading : returnLimit);
+    EBeginning expected = EBeginning::Awaited;
+    return !WaitFor(entered, unloading ? 0 : entryLimit) &&
+           beginning.compare_exchange_strong(expected, EBeginning::GivenUp);
+}
+
+void CThread::State::Terminate() noexcept
+{
+    ::TerminateThread(thread.Get(), 1);
+    ::WaitForSingleObject(thread.Get(), leaveLimit);
+    own.reset();
+}
+
+// A thread that leaves while the module is being unloaded holds nothing of it but waits for the
+// loader's lock, or is the one that unloads.
+void CThread::State::WaitUntilGone() noexcept
+{
+    const HANDLE handles[] = {thread.Get(), returner.Get()};
+    if (parked)
+        Terminate();
+    else if (GetModuleState() == EModuleState::Running)
+        ::WaitForMultipleObjects(returner ? 2 : 1, handles, TRUE, leaveLimit);
 }
 
 CThread::CThread() noexcept = default;
@@ -101,25 +171,29 @@ CThread::CThread() noexcept = default;
 CThread::~CThread() { Close(); }
 
 bool CThread::CreateSuspended(Routine routine, void* parameter) noexcept
+try
 {
     if (state)
         return false;
-    std::unique_ptr<State> created(new (std::nothrow) State{routine, parameter});
-    if (!created || !created->entered || !created->finished || !created->never)
+    const auto created = std::make_shared<State>(routine, parameter);
+    if (!created->entered || !created->finished || !created->never)
         return false;
     created->thread = CKernelHandle(
         ::CreateThread(nullptr, 0, &State::Run, created.get(), CREATE_SUSPENDED, nullptr));
     if (!created->thread)
         return false;
     FindSystemFunctions();
-    created->pinned = PinModule();
-    state = std::move(created);
+    created->reference = TakeModuleReference();
+    created->own = created;
+    state = created;
     return true;
+}
+catch (...)
+{
+    return false;
 }
 
 void CThread::Resume() noexcept { ::ResumeThread(state->thread.Get()); }
-
-bool CThread::IsHeld() const noexcept { return state != nullptr; }
 
 bool CThread::IsActive() const noexcept
 {
@@ -129,28 +203,19 @@ bool CThread::IsActive() const noexcept
 
 bool CThread::Join() noexcept
 {
-    if (!state || GetModuleState() == EModuleState::ProcessEnding)
+    if (!state || GetModuleState() == EModuleState::ProcessEnding || state->GiveUpBeginning())
         return true;
-    const bool returned = state->WaitForReturn();
-    Terminate(returned ? state->result.load() : 1);
+    const bool unloading = GetModuleState() == EModuleState::Unloading;
+    const bool returned =
+        state->WaitFor(state->finished, unloading ? returnLimitUnloading : returnLimit);
+    if (returned)
+        state->WaitUntilGone();
+    else
+        state->Terminate();
     return returned;
 }
 
-void CThread::Terminate(std::uint32_t exitCode) noexcept
-{
-    if (!state || GetModuleState() == EModuleState::ProcessEnding)
-        return;
-    ::TerminateThread(state->thread.Get(), exitCode);
-    ::WaitForSingleObject(state->thread.Get(), endLimit);
-}
-
-void CThread::Close() noexcept
-{
-    if (state && ::WaitForSingleObject(state->thread.Get(), 0) != WAIT_OBJECT_0 &&
-        GetModuleState() != EModuleState::ProcessEnding)
-        state.release(); // still in use by the thread
-    state.reset();
-}
+void CThread::Close() noexcept { state.reset(); }
 
 void NameCurrentThread(const wchar_t* name) noexcept
 {

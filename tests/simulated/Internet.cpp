@@ -257,8 +257,6 @@ std::wstring CHttpFile::QueryContentLocation() { return state->answer->contentLo
 
 std::wstring CHttpFile::QueryLocation() { return state->answer->location; }
 
-std::wstring CHttpFile::QueryRawHeaders() { return L"HTTP/1.1\r\n\r\n"; }
-
 std::size_t CHttpFile::Read(char* buffer, std::size_t count)
 {
     const std::string& body = state->answer->body;

@@ -4,8 +4,6 @@
 #include "tests/simulated/VirtualTime.h"
 
 #include <atomic>
-#include <cstdio>
-#include <cstdlib>
 #include <latch>
 #include <thread>
 
@@ -42,8 +40,6 @@ void CThread::Resume() noexcept
     state->resumed.count_down();
 }
 
-bool CThread::IsHeld() const noexcept { return state != nullptr; }
-
 bool CThread::IsActive() const noexcept { return state && !state->finished; }
 
 bool CThread::Join() noexcept
@@ -57,12 +53,6 @@ bool CThread::Join() noexcept
     return true;
 }
 
-void CThread::Terminate(std::uint32_t) noexcept
-{
-    std::fputs("simulated Windows: a thread would have been terminated\n", stderr);
-    std::abort();
-}
-
 void CThread::Close() noexcept
 {
     if (!state)
@@ -72,10 +62,12 @@ void CThread::Close() noexcept
     else if (state->thread.joinable())
     {
         state->thread.detach(); // frozen with its process
-        state.release();
+        new std::shared_ptr<State>(state);
     }
     state.reset();
 }
+
+bool IsProcessShuttingDown() noexcept { return false; }
 
 void NameCurrentThread(const wchar_t*) noexcept {}
 

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/StopSignal.h"
+#include "platform/win32/UniqueHandle.h"
+
+#include <chrono>
+
+// References to this module. Each keeps it in the process; taking one and giving one back need the
+// loader's lock. Giving back the last one unloads the module, which ends its workers: so that is
+// done on a thread that ends with it, never by a worker that still works.
+namespace platform {
+
+// Looks the loader's functions up. While the module is being loaded; later calls do nothing.
+void FindLoaderFunctions() noexcept;
+
+// Takes a reference, waiting for the loader's lock. Null when the loader refuses. Not for workers.
+HMODULE TakeModuleReference() noexcept;
+
+// Takes a reference as soon as the loader's lock is free, at most for `patience` and only once
+// after a stop. Null when the time is over or the module is being unloaded.
+//
+// Whoever holds the loader's lock may be unloading the module and waiting for this very thread. So
+// the lock is tried, never waited for: a thread that waited for it could not be ended either, for
+// the lock's next wake-up would go to a thread that is gone.
+HMODULE TryTakeModuleReference(std::chrono::milliseconds patience,
+                               const CStopSignal& stop) noexcept;
+
+// The same, tried once.
+HMODULE TryTakeModuleReference() noexcept;
+
+// Gives a reference back on a thread of its own. No handle when the system has none; then the
+// reference stays with the caller.
+CKernelHandle GiveBackApart(HMODULE reference) noexcept;
+
+} // namespace platform
