@@ -4,7 +4,6 @@
 #include "platform/Files.h"
 #include "vnosal/CaseMap.h"
 #include "xml/DecimalText.h"
-#include "xml/ElementLock.h"
 #include "xml/TrimSpaces.h"
 #include "xml/XmlEscaping.h"
 #include "xml/XmlParser.h"
@@ -14,6 +13,8 @@
 #include <utility>
 
 namespace xml {
+
+using VnOSAL::VnCriticalSectionLock;
 
 namespace {
 
@@ -74,12 +75,11 @@ SimpleXMLElement::~SimpleXMLElement() { Clear(); }
 SimpleXMLElement* SimpleXMLElement::AddChild(const std::wstring& childName, std::int32_t childValue,
                                              bool reuse)
 {
-    CElementLock lock(*this);
+    VnCriticalSectionLock lock(section);
     if (SimpleXMLElement* found = reuse ? FindChild(childName) : nullptr)
     {
         lock.Leave();
         found->SetValue(childValue);
-        lock.Enter();
         return found;
     }
     children.push_back(std::make_unique<SimpleXMLElement>(childName, childValue));
@@ -94,7 +94,7 @@ SimpleXMLElement* SimpleXMLElement::AddChild(const std::wstring& childName, bool
 
 SimpleXMLElement* SimpleXMLElement::FindChild(const std::wstring& searchedName)
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     const std::wstring folded = Fold(ShownName(StoredName(searchedName)));
     if (folded == lastSearchedName)
         return GetChild(lastFoundIndex);
@@ -109,69 +109,69 @@ SimpleXMLElement* SimpleXMLElement::FindChild(const std::wstring& searchedName)
 
 SimpleXMLElement* SimpleXMLElement::GetChild(std::size_t index) const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return index < children.size() ? children[index].get() : nullptr;
 }
 
 std::size_t SimpleXMLElement::GetChildCount() const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return children.size();
 }
 
 std::wstring SimpleXMLElement::GetName() const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return ShownName(name);
 }
 
 std::string SimpleXMLElement::GetValue() const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return value;
 }
 
 std::int32_t SimpleXMLElement::GetValueAsInteger() const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return valueAsInteger;
 }
 
 std::int64_t SimpleXMLElement::GetValueAsInteger64() const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return valueAsInteger64;
 }
 
 double SimpleXMLElement::GetValueAsNumber() const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return valueAsNumber;
 }
 
 std::vector<SimpleXMLElement::Attribute> SimpleXMLElement::GetAttributes() const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     return attributes;
 }
 
 bool SimpleXMLElement::SetAttribute(const std::string& attributeName,
                                     const std::string& attributeValue)
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     AppendAttribute(attributeName, attributeValue);
     return true;
 }
 
 void SimpleXMLElement::SetValue(const std::string& newValue)
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     StoreValue(newValue);
 }
 
 void SimpleXMLElement::SetValue(std::int32_t newValue)
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     StoreValue(newValue);
 }
 
@@ -179,7 +179,7 @@ void SimpleXMLElement::SetValue(std::int32_t newValue)
 // missing.
 void SimpleXMLElement::Clear()
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     attributes.clear();
     SimpleXMLElement* doomed = nullptr;
     const auto doom = [&doomed](auto& owned) {
@@ -201,7 +201,7 @@ void SimpleXMLElement::Clear()
 
 std::string SimpleXMLElement::ToString(const std::string& indent) const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     std::string text;
     CXmlWriter(indent, &text).Write(*this);
     return text;
@@ -210,7 +210,7 @@ std::string SimpleXMLElement::ToString(const std::string& indent) const
 bool SimpleXMLElement::Save(const std::wstring& filePath, IXmlTransformer* transformer,
                             const std::string& key) const
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     // The indents of a deep tree take the square of its depth: look before writing them.
     if (CXmlWriter({}, nullptr).Write(*this) > longestFile)
         return false;
@@ -223,7 +223,7 @@ bool SimpleXMLElement::Save(const std::wstring& filePath, IXmlTransformer* trans
 bool SimpleXMLElement::Load(const std::wstring& filePath, IXmlTransformer* transformer,
                             const std::string& key)
 {
-    const CElementLock lock(*this);
+    const VnCriticalSectionLock lock(section);
     std::string text;
     if (!platform::ReadWholeFile(filePath, longestFile, text))
         return false;
@@ -232,8 +232,6 @@ bool SimpleXMLElement::Load(const std::wstring& filePath, IXmlTransformer* trans
     Parse(text, false);
     return true;
 }
-
-void SimpleXMLElement::SetLockingEnabled(bool enabled) { lockingEnabled = enabled ? 1 : 0; }
 
 void SimpleXMLElement::Parse(std::string& text, bool nested)
 {
@@ -260,9 +258,6 @@ void SimpleXMLElement::AppendAttribute(std::string_view attributeName,
 
 void SimpleXMLElement::StoreValue(std::string_view newValue)
 {
-    valueAsInteger = ReadInteger(newValue);
-    valueAsInteger64 = ReadInteger64(newValue);
-    valueAsNumber = ReadNumber(newValue);
     value.clear();
     for (std::size_t end = newValue.find('\n'); end != newValue.npos; end = newValue.find('\n'))
     {
@@ -270,6 +265,9 @@ void SimpleXMLElement::StoreValue(std::string_view newValue)
         newValue.remove_prefix(end + 1);
     }
     value.append(newValue);
+    valueAsInteger = ReadInteger(value);
+    valueAsInteger64 = ReadInteger64(value);
+    valueAsNumber = ReadNumber(value);
 }
 
 void SimpleXMLElement::StoreValue(std::int32_t newValue)

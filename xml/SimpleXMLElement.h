@@ -37,8 +37,7 @@ public:
         double valueAsNumber = 0;
     };
 
-    // An element named "SimpleXMLElement". Like every constructor throws CSystemException when the
-    // system cannot provide a lock.
+    // An element named "SimpleXMLElement".
     SimpleXMLElement();
 
     SimpleXMLElement(const std::wstring& newName, std::int32_t newValue);
@@ -76,7 +75,7 @@ public:
     // ends. Returns true.
     bool SetAttribute(const std::string& attributeName, const std::string& attributeValue);
 
-    // The readings are what the text begins with, as in xml/DecimalText.h.
+    // The readings are what the stored text begins with, as in xml/DecimalText.h.
     void SetValue(const std::string& newValue);
     void SetValue(std::int32_t newValue);
 
@@ -100,13 +99,9 @@ public:
     bool Load(const std::wstring& filePath, IXmlTransformer* transformer = nullptr,
               const std::string& key = {});
 
-    // Whether operations take the lock. To be decided before other threads know the element.
-    void SetLockingEnabled(bool enabled);
-
 private:
     friend class CXmlParser;
     friend class CXmlWriter;
-    class CElementLock;
     struct Unnamed
     {};
 
@@ -129,7 +124,6 @@ private:
     std::wstring lastSearchedName;
     std::uint32_t lastFoundIndex = 0;
     mutable VnOSAL::VnCriticalSection section;
-    std::int32_t lockingEnabled = 1;
     SimpleXMLElement* nextDoomed = nullptr; // while the parent is being cleared
 };
 

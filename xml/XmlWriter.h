@@ -1,6 +1,5 @@
 #pragma once
 
-#include "xml/ElementLock.h"
 #include "xml/SimpleXMLElement.h"
 
 #include <cstdint>
@@ -30,10 +29,11 @@ private:
     // An element whose start tag is written.
     struct OpenElement
     {
-        explicit OpenElement(const SimpleXMLElement& opened) : element(opened), lock(opened) {}
+        explicit OpenElement(const SimpleXMLElement& opened) : element(opened), lock(opened.section)
+        {}
 
         const SimpleXMLElement& element;
-        SimpleXMLElement::CElementLock lock;
+        VnOSAL::VnCriticalSectionLock lock;
         std::size_t nextChild = 0;
     };
 

@@ -30,8 +30,10 @@ TEST(Element, ReadsItsValueAsNumbers)
     expectValue("3,5", 3, 3.5);
     element.SetValue(-7);
     expectValue("-7", -7, -7);
-    element.SetValue("\n5\nx\n");
-    expectValue("#_#lbr#_#5#_#lbr#_#x#_#lbr#_#", 5, 5);
+    element.SetValue("\n5");
+    expectValue("#_#lbr#_#5", 0, 0);
+    element.SetValue("5\n\n");
+    expectValue("5#_#lbr#_##_#lbr#_#", 5, 5);
 }
 
 TEST(Element, ReusesAChildOnlyWhenAsked)
