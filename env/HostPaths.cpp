@@ -53,7 +53,9 @@ std::wstring GetSpecialFolderPath(int folderId)
 
 std::wstring GetSuiteFolder(const std::wstring& companyFolderWord)
 {
-    return GetSpecialFolderPath(commonApplicationData) + L"\\" + companyFolderWord;
+    const std::wstring parent = GetSpecialFolderPath(commonApplicationData);
+    // "\\veltrano" would be a server, and be looked for on the network while the host waits.
+    return (parent == L"\\" ? L"\\\\?" : parent) + L"\\" + companyFolderWord;
 }
 
 } // namespace env

@@ -24,7 +24,7 @@ std::wstring GetSpecialFolderPath(int folderId);
 
 // The suite's folder for the data of all users, without a separator at the end; its last name is
 // `companyFolderWord`. Holds a doubled backslash before it, which the system accepts. Nobody has
-// created it.
+// created it. Where the system names no folder for it, it cannot exist.
 std::wstring GetSuiteFolder(const std::wstring& companyFolderWord = L"veltrano");
 
 } // namespace env

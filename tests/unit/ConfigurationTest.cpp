@@ -44,6 +44,8 @@ TEST_F(ConfigurationTest, FindsTheHostOnceItIsThere)
         EXPECT_EQ(env::GetApplicationFilePath(), c.executableLater);
     }
     EXPECT_EQ(env::GetSuiteFolder(), L"C:\\ProgramData\\\\veltrano");
+    simulated::SetSpecialFolder(35, L"");
+    EXPECT_EQ(env::GetSuiteFolder(), L"\\\\?\\veltrano") << "no server's name";
 }
 
 TEST_F(ConfigurationTest, IsTheFileBesideTheHostOrTheNamedOne)
