@@ -66,7 +66,8 @@ void CTrackerBase::QueueEvent(HitView event)
 void CTrackerBase::StartWorker()
 {
     stop.Clear();
-    worker.Start();
+    if (!worker.Start())
+        queue.Close(); // what nobody takes would only fill the host's memory
 }
 
 void CTrackerBase::StopWorker() noexcept

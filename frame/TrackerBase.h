@@ -72,6 +72,7 @@ protected:
         return 0;
     }
 
+    // Where the system has no thread, the queue is closed.
     void StartWorker();
 
     // Asks the worker to finish and waits for it.

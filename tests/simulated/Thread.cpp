@@ -1,11 +1,35 @@
-#include "platform/Thread.h"
+#include "tests/simulated/Thread.h"
 
 #include "platform/ModuleState.h"
+#include "platform/Thread.h"
+#include "tests/simulated/State.h"
 #include "tests/simulated/VirtualTime.h"
 
 #include <atomic>
 #include <latch>
 #include <thread>
+
+namespace simulated {
+
+namespace {
+
+struct CFate final : CResettable
+{
+    std::atomic<EThreads> threads{EThreads::Run};
+    void Reset() override { SetThreads(EThreads::Run); }
+};
+
+CFate fate;
+
+} // namespace
+
+void SetThreads(EThreads wanted)
+{
+    fate.threads = wanted;
+    fate.threads.notify_all();
+}
+
+} // namespace simulated
 
 namespace platform {
 
@@ -22,11 +46,12 @@ CThread::~CThread() { Close(); }
 
 bool CThread::CreateSuspended(Routine routine, void* parameter) noexcept
 {
-    if (state)
+    if (state || simulated::fate.threads == simulated::EThreads::Refused)
         return false;
     state = std::make_unique<State>();
     state->thread = std::thread([own = state.get(), routine, parameter] {
         own->resumed.wait();
+        simulated::fate.threads.wait(simulated::EThreads::Held);
         simulated::EnterWorker();
         routine(parameter);
         simulated::LeaveWorker([own] { own->finished = true; });

@@ -1,11 +1,13 @@
 #include "frame/Hits.h"
 #include "frame/StatsSampling.h"
+#include "frame/TrackerBase.h"
 #include "frame/UserAgent.h"
 #include "frame/WorkerThread.h"
 #include "platform/StopSignal.h"
 #include "platform/SystemException.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
+#include "tests/simulated/Thread.h"
 #include "tests/simulated/VirtualTime.h"
 
 #include <gtest/gtest.h>
@@ -99,6 +101,48 @@ TEST_F(FrameTest, WorkerThreadCallsTheCrashReportingLibraryOnItsThread)
     thread.Join();
     EXPECT_EQ(calls, (std::vector<std::string>{"exception", "terminate", "store"}));
     EXPECT_EQ(*stored, 100u);
+}
+
+// A tracker whose worker fails at once.
+class CFailingTracker final : public CTrackerBase
+{
+public:
+    CFailingTracker() : CTrackerBase(&Run, L"name") { StartWorker(); }
+    ~CFailingTracker() override { StopWorker(); }
+
+    void SetTrackingEnabled(bool) noexcept override {}
+    void Initialize(const wchar_t*) noexcept override {}
+    void DisableIdlePageviews(bool) noexcept override {}
+    void SetContinueSession(bool) noexcept override {}
+    void TrackPurchase(TrackerText, TrackerText, double, TrackerText,
+                       std::int32_t) noexcept override
+    {}
+    void SetProductName(TrackerText) noexcept override {}
+
+    bool KeepsHits()
+    {
+        TrackPageview();
+        return queue.Take().type != EHitType::None;
+    }
+
+private:
+    friend CTrackerBase;
+    static std::uint32_t Run(ThreadParam* parameter)
+    {
+        return RunTrackerWorker<CFailingTracker>(parameter);
+    }
+    [[noreturn]] void RunWorker() { throw std::bad_alloc(); }
+};
+
+TEST_F(FrameTest, WithoutAWorkerNoHitIsKept)
+{
+    for (const auto fate : {simulated::EThreads::Run, simulated::EThreads::Refused})
+    {
+        simulated::SetThreads(fate);
+        CFailingTracker tracker;
+        simulated::SettleWorkers();
+        EXPECT_FALSE(tracker.KeepsHits()) << static_cast<int>(fate);
+    }
 }
 
 TEST_F(FrameTest, StatsAreSentInTheEighthTenthOfTheDraws)
