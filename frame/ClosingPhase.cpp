@@ -2,7 +2,7 @@
 
 namespace frame {
 
-void CClosingPhase::NoteAttempt(bool delivered) noexcept
+void CClosingPhase::NoteDelivery(bool delivered) noexcept
 {
     if (!delivered && stop.IsRequested())
         failed = true;

@@ -18,8 +18,8 @@ public:
     // Whether the next hit may still be sent. Always true while no stop is requested.
     bool MaySend() noexcept { return !phase.IsOver() && !failed; }
 
-    // Tells how the latest attempt ended.
-    void NoteAttempt(bool delivered) noexcept;
+    // Tells whether the latest hit could be delivered.
+    void NoteDelivery(bool delivered) noexcept;
 
 private:
     const platform::CStopSignal& stop;

@@ -19,20 +19,22 @@ std::unique_ptr<platform::CInternetSession> OpenDeliverySession(const std::wstri
 bool OpenTrackingUrl(platform::CInternetSession* session, const std::wstring& url,
                      const std::wstring& headers);
 
-// Calls `attempt` and, when that fails, after 500 ms once more; a stop request skips the pause, and
-// `closing` may forbid either attempt. True when one was delivered.
+// Calls `attempt` and, when that fails, after 500 ms once more; a stop request skips the pause.
+// After a stop `closing` may forbid either attempt, and one that took long is not repeated, so that
+// both together end within 3 seconds. True when one was delivered.
 template <class Attempt>
 bool DeliverWithRetry(Attempt&& attempt, CClosingPhase& closing, const platform::CStopSignal& stop)
 {
-    const auto tryOnce = [&] {
-        const bool delivered = closing.MaySend() && attempt();
-        closing.NoteAttempt(delivered);
-        return delivered;
-    };
-    if (tryOnce())
-        return true;
-    stop.Wait(std::chrono::milliseconds(500));
-    return tryOnce();
+    platform::CStopGrace repeating(stop, 1'500);
+    const auto tryOnce = [&] { return !repeating.IsOver() && closing.MaySend() && attempt(); };
+    bool delivered = tryOnce();
+    if (!delivered)
+    {
+        stop.Wait(std::chrono::milliseconds(500));
+        delivered = tryOnce();
+    }
+    closing.NoteDelivery(delivered);
+    return delivered;
 }
 
 } // namespace frame

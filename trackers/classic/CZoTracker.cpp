@@ -66,7 +66,10 @@ CZoTracker::CZoTracker(const std::wstring& productNameOverride,
 CZoTracker::~CZoTracker()
 {
     StopWorker();
-    Guard([this] { history.SaveHistory(); });
+    Guard([this] {
+        GetUserContentFolder(companyFolderWord, env::GetApplicationProductName()); // may have gone
+        history.SaveHistory();
+    });
 }
 
 void CZoTracker::SetTrackingEnabled(bool enable) noexcept

@@ -58,11 +58,11 @@ void CVisitorState::ContinueSession(const CSessionStore& store)
 {
     visit.previousVisitTime = OrElse(store.GetSessionValue(L"LV"), visit.firstVisitTime);
     visit.currentVisitTime = store.GetSessionValue(L"CV");
-    olderPreviousVisitTime = visit.previousVisitTime;
 }
 
-void CVisitorState::StoreSessionStart(const CSessionStore& store) const
+void CVisitorState::StoreSessionStart(const CSessionStore& store)
 {
+    hasBegun = true;
     store.SetSessionValue(L"LV", visit.previousVisitTime);
     store.SetSessionValue(L"CV", visit.currentVisitTime);
     store.SetSessionValue(L"SID", visit.sessionCount);
@@ -90,7 +90,7 @@ void CVisitorState::CountRequest(const CSessionStore& store, std::uint32_t start
 
 void CVisitorState::RollBackSessionStart(const CSessionStore& store) const
 {
-    if (!loaded)
+    if (!hasBegun)
         return;
     store.SetSessionValue(L"SID",
                           FormatCount(std::int64_t{env::ReadDecimal(visit.sessionCount)} - 1));

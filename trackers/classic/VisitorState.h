@@ -22,8 +22,8 @@ public:
     // Counts one request: in the session, and in the run, whose numbers begin behind `startTick`.
     void CountRequest(const CSessionStore& store, std::uint32_t startTick);
 
-    // Puts the store back to before this session, whose first request could not be delivered. Does
-    // nothing before LoadVisitorState().
+    // Puts the store back to before the session that LoadVisitorState() has begun, whose first
+    // request could not be delivered. Does nothing when it has begun none.
     void RollBackSessionStart(const CSessionStore& store) const;
 
     // What requests say about the visit just now.
@@ -33,11 +33,12 @@ private:
     void BeginFirstSession(const CSessionStore& store);
     void BeginNextSession(const CSessionStore& store);
     void ContinueSession(const CSessionStore& store);
-    void StoreSessionStart(const CSessionStore& store) const;
+    void StoreSessionStart(const CSessionStore& store);
 
     ClassicVisit visit;
     std::wstring olderPreviousVisitTime; // the previous visit before this session began
     bool loaded = false;
+    bool hasBegun = false; // a session, in this run
     bool hasCounted = false;
 };
 

@@ -117,11 +117,8 @@ void CZoTrackerPiWik::RunWorker()
         if (hit.type == EHitType::None && stop.IsRequested())
             return;
         for (; hit.type != EHitType::None; hit = queue.Take())
-        {
-            if (!IsTrackingEnabled())
-                break;
-            Process(session.get(), hit);
-        }
+            if (IsTrackingEnabled())
+                Process(session.get(), hit);
         stop.Wait(frame::idlePause);
     }
 }

@@ -15,6 +15,8 @@
 #include "trackers/ua/ClientId.h"
 #include "trackers/ua/UaPayload.h"
 
+#include <optional>
+
 namespace trackers {
 
 using env::GetInstallConfigInt;
@@ -48,7 +50,8 @@ CZoTrackerUA::CZoTrackerUA(const std::wstring& name, const std::wstring&,
       productUserId(env::GetProductUserId(L"")),
       hostVersion(env::GetApplicationProductVersion())
 {
-    Adopt(ReadConfiguration(configPath));
+    configuration = ReadConfiguration(configPath);
+    trackingEnabled = configuration.enabled;
     if (!wantedTrackingId.empty())
         configuration.trackingId = wantedTrackingId;
     ChooseProductName(name);
@@ -59,6 +62,7 @@ CZoTrackerUA::CZoTrackerUA(const std::wstring& name, const std::wstring&,
         return;
     }
     suppressStatsEvents = frame::DrawDropsStatsEvents();
+    BuildCommonPayload();
     StartWorker();
 }
 
@@ -78,13 +82,6 @@ CZoTrackerUA::Configuration CZoTrackerUA::ReadConfiguration(const std::wstring& 
     return read;
 }
 
-void CZoTrackerUA::Adopt(Configuration read)
-{
-    const VnCriticalSectionLock lock(productLock);
-    configuration = std::move(read);
-    trackingEnabled = configuration.enabled;
-}
-
 void CZoTrackerUA::Initialize(const wchar_t* newHostPath) noexcept
 {
     Guard([&] {
@@ -96,14 +93,17 @@ void CZoTrackerUA::Initialize(const wchar_t* newHostPath) noexcept
 
 void CZoTrackerUA::UseHost(const std::wstring& path)
 {
-    const std::wstring newConfigPath = frame::GetConfigPathBeside(path);
-    {
-        const VnCriticalSectionLock lock(productLock);
-        hostPath = path;
-        configPath = newConfigPath;
-    }
+    std::wstring newConfigPath = frame::GetConfigPathBeside(path);
+    std::optional<Configuration> read;
     if (env::PathExists(newConfigPath))
-        Adopt(ReadConfiguration(newConfigPath));
+        read = ReadConfiguration(newConfigPath);
+    const VnCriticalSectionLock lock(productLock);
+    hostPath = path;
+    configPath = std::move(newConfigPath);
+    if (!read)
+        return;
+    configuration = std::move(*read);
+    trackingEnabled = configuration.enabled;
 }
 
 void CZoTrackerUA::SetTrackingEnabled(bool enable) noexcept
@@ -174,26 +174,15 @@ void CZoTrackerUA::TrackPurchase(TrackerText, TrackerText itemCode, double unitP
 
 void CZoTrackerUA::BuildCommonPayload()
 {
-    const VnCriticalSectionLock lock(payloadLock);
-    UaClient client;
-    {
-        const VnCriticalSectionLock productScope(productLock);
-        client = {configuration.protocolVersion,
-                  configuration.trackingId,
-                  hostPath,
-                  GetClientId(),
-                  productUserId,
-                  configuration.phash,
-                  configuration.language,
-                  productName,
-                  platform::GetScreenSize()};
-    }
-    commonPayload = trackers::BuildCommonPayload(client);
+    const VnCriticalSectionLock lock(productLock);
+    commonPayload = trackers::BuildCommonPayload(
+        {configuration.protocolVersion, configuration.trackingId, hostPath, GetClientId(),
+         productUserId, configuration.phash, configuration.language, productName,
+         platform::GetScreenSize()});
 }
 
 std::wstring CZoTrackerUA::BuildHitPayload(const TrackingHit& hit)
 {
-    const VnCriticalSectionLock lock(payloadLock);
     std::wstring payload = trackers::BuildHitPayload(commonPayload, GetProductName(), hit);
     if (!payload.empty() && newSession.exchange(false))
         AppendSessionStart(payload);
@@ -209,7 +198,6 @@ std::uint32_t CZoTrackerUA::TrackingThreadFunction(frame::ThreadParam* parameter
 
 void CZoTrackerUA::RunWorker()
 {
-    BuildCommonPayload();
     std::uint32_t rounds = 0; // since the last look at being idle
     for (;;)
     {
@@ -258,7 +246,7 @@ bool CZoTrackerUA::Deliver(const std::wstring& payload)
     }
     env::AppendFormat(url, L"?z=%d", platform::GetTickMilliseconds());
     communicator.PostContent(std::move(url), env::Utf16ToUtf8(payload), -1, 0, false);
-    closing.NoteAttempt(IsDelivered(communicator.errorCode));
+    closing.NoteDelivery(IsDelivered(communicator.errorCode));
     const bool wasWithout = sentWithoutConnection;
     sentWithoutConnection = communicator.errorCode == noSystemConnection;
     return !wasWithout || !sentWithoutConnection;

@@ -48,7 +48,6 @@ private:
         bool enabled = false;
     };
     static Configuration ReadConfiguration(const std::wstring& path);
-    void Adopt(Configuration read);
     void UseHost(const std::wstring& path);
 
     void ChooseProductName(std::wstring name);
@@ -74,10 +73,9 @@ private:
     std::wstring hostPath;
     std::wstring configPath; // empty: the default configuration file
     std::wstring clientId;
-    std::wstring productUserId; // constant, as the next
+    std::wstring productUserId; // constant, as the next two
     std::wstring hostVersion;
-    VnOSAL::VnCriticalSection payloadLock; // taken before productLock
-    std::wstring commonPayload;            // guarded by payloadLock
+    std::wstring commonPayload; // what the tracker was configured with at its construction
     std::atomic<bool> noIdlePageviews{false};
     std::atomic<bool> newSession{false};
     bool suppressStatsEvents = false; // constant

@@ -215,6 +215,16 @@ TEST_F(ClassicTest, AnEventForOnceOnlyIsCountedButSentOnlyTheFirstTime)
                            L"5 -", L"8 5(C*D*)(3)"}));
 }
 
+TEST_F(ClassicTest, AFolderThatVanishedIsMadeAgainForTheHistory)
+{
+    StartTracker();
+    SendPageview();
+    simulated::RemoveItem(L"C:\\ProgramData\\veltrano");
+    tracker.reset();
+    EXPECT_EQ(simulated::ListFiles(L"C:\\ProgramData\\veltrano\\Tidy Desk"),
+              Texts{L"tallyhive.xml"});
+}
+
 TEST_F(ClassicTest, OnlyARefusedFirstHitTakesTheSessionBack)
 {
     StartTracker();

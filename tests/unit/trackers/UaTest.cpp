@@ -1,6 +1,7 @@
 #include "tests/simulated/DebugOutput.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
+#include "tests/simulated/Thread.h"
 #include "tests/unit/trackers/TrackerFixture.h"
 #include "trackers/ua/CZoTrackerUA.h"
 #include "trackers/ua/UaPayload.h"
@@ -114,8 +115,11 @@ TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
 {
     PutOtherHosts("phash=xy\r\nProductName=Other Name\r\n",
                   "[UA]\r\nEnabled=1\r\nURL=https://other/x\r\nId=Z\r\n");
-    StartTracker();
+    simulated::SetThreads(simulated::EThreads::Held);
+    tracker = std::make_shared<trackers::CZoTrackerUA>(L"", L"", L"");
+    simulated::SetScreenSize({1, 2});
     tracker->Initialize(L"C:\\Other\\app.exe");
+    simulated::SetThreads(simulated::EThreads::Run);
     EXPECT_EQ(tracker->GetProductName(), L"Disk Tool") << "the name is the host's to set";
     tracker->SetProductName(nullptr);
     tracker->TrackPurchase(L"", L"", 1, L"o", 1);
@@ -125,8 +129,10 @@ TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
     EXPECT_TRUE(
         request.headers.ends_with(L"\r\nUser-Agent: Other Name/3.2.1 (Windows NT 6.1; WOW64)\r\n"));
     EXPECT_EQ(GetHits()[0], L"&t=transaction&dp=%2FOther%20Name&ti=o&ta=xy&tr=1.00");
-    EXPECT_EQ(GetValues(L"cd")[0], L"Disk%20Tool") << "as it was when the worker started";
+    EXPECT_TRUE(request.body.starts_with("v=1&tid=UA-1&aip=1&ds=Host%2Eexe&")) << "as at load";
     EXPECT_EQ(GetValues(L"cs")[0], L"ab%201");
+    EXPECT_EQ(GetValues(L"sr")[0], L"1024x768");
+    EXPECT_EQ(GetValues(L"cd")[0], L"Disk%20Tool");
 
     tracker->Initialize(L"C:\\Bare\\app.exe");
     tracker->SetProductName(L"");
