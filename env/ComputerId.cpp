@@ -1,7 +1,6 @@
 #include "env/ComputerId.h"
 
 #include "env/FileSystem.h"
-#include "env/Format.h"
 #include "env/HostPaths.h"
 #include "env/ProcessCache.h"
 #include "env/ProfileText.h"
@@ -9,6 +8,7 @@
 #include "env/Text.h"
 #include "platform/Clock.h"
 #include "platform/ProfileFile.h"
+#include "text/Format.h"
 
 #include <algorithm>
 #include <numeric>
@@ -42,8 +42,8 @@ std::wstring FormatAddress(const std::vector<platform::NetworkAdapter>& adapters
     if (adapter == adapters.end())
         return L"SOMEWHERE";
     const auto& bytes = adapter->address;
-    return FormatText(L"%02X:%02X:%02X:%02X:%02X:%02X", bytes[0], bytes[1], bytes[2], bytes[3],
-                      bytes[4], bytes[5]);
+    return text::FormatText(L"%02X:%02X:%02X:%02X:%02X:%02X", bytes[0], bytes[1], bytes[2],
+                            bytes[3], bytes[4], bytes[5]);
 }
 
 // Reads in the process's own view of the registry, while RegWriteString() is told the 32-bit one.
@@ -115,8 +115,8 @@ std::wstring BuildComputerIdSeed(const std::vector<platform::NetworkAdapter>& ad
                                  const platform::ProcessorVendor& vendor, std::int64_t time,
                                  std::uint32_t tick)
 {
-    return FormatText(L"%s%08X%08X%I64d_%lu", FormatAddress(adapters), vendor.ecx, vendor.edx, time,
-                      tick);
+    return text::FormatText(L"%s%08X%08X%I64d_%lu", FormatAddress(adapters), vendor.ecx, vendor.edx,
+                            time, tick);
 }
 
 } // namespace env

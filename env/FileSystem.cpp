@@ -3,7 +3,7 @@
 #include "env/HostPaths.h"
 #include "env/SystemDescription.h"
 #include "platform/Files.h"
-#include "vnosal/CaseMap.h"
+#include "text/Case.h"
 
 #include <string_view>
 #include <utility>
@@ -19,7 +19,7 @@ constexpr std::wstring_view longPathPrefix = L"\\\\?\\";
 std::wstring FormNativeSystemPath(std::wstring path)
 {
     static constexpr std::wstring_view redirected = L"SYSTEM32";
-    VnOSAL::MapUpper(path.data(), path.size());
+    text::MakeUpper(path);
 
     std::wstring native;
     std::size_t copied = 0;

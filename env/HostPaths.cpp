@@ -1,7 +1,7 @@
 #include "env/HostPaths.h"
 
 #include "env/ProcessCache.h"
-#include "platform/HostPaths.h"
+#include "platform/SystemPaths.h"
 #include "zotracker/vnosal/VnPath.h"
 
 #include <new>

@@ -1,9 +1,9 @@
 #include "env/ModuleVersion.h"
 
-#include "env/Format.h"
 #include "env/HostPaths.h"
 #include "env/ProcessCache.h"
 #include "platform/VersionResource.h"
+#include "text/Format.h"
 
 namespace env {
 
@@ -17,7 +17,7 @@ std::wstring ReadVersionEntry(const std::wstring& filePath, std::wstring_view en
     if (resource.IsEmpty() || !resource.QueryFirstTranslation(language, codePage))
         return {};
     return resource.QueryText(
-        FormatText(L"\\StringFileInfo\\%4.4x%4.4x\\%s", language, codePage, entry));
+        text::FormatText(L"\\StringFileInfo\\%4.4x%4.4x\\%s", language, codePage, entry));
 }
 
 } // namespace

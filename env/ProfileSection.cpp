@@ -1,8 +1,8 @@
 #include "env/ProfileSection.h"
 
-#include "env/RegistryValues.h"
 #include "env/Text.h"
-#include "vnosal/TextView.h"
+#include "text/Case.h"
+#include "text/Units.h"
 
 #include <cstdint>
 
@@ -45,12 +45,12 @@ std::wstring DecodeProfile(std::string_view bytes)
     if (!bytes.starts_with(utf16Mark))
         return AnsiToUtf16(bytes);
     bytes.remove_prefix(utf16Mark.size());
-    return DecodeUnits({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    return text::DecodeUnits({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
 }
 
 bool IsSameProfileName(std::wstring_view one, std::wstring_view other)
 {
-    return VnOSAL::EqualTexts(one, other, VnOSAL::ECase::Ignore);
+    return text::EqualIgnoringCase(one, other);
 }
 
 CProfileSection::CProfileSection(std::wstring_view wholeText, std::wstring_view section)

@@ -20,7 +20,7 @@ std::wstring ReadProfileText(const std::wstring& section, const std::wstring& ke
     {
         std::vector<wchar_t> buffer(size);
         const std::size_t length =
-            platform::ReadProfileText(section, key, defaultValue, buffer, path);
+            platform::CopyProfileText(section, key, defaultValue, buffer, path);
         if (length != size - 1 || size >= sizeLimit)
             return buffer.data();
     }

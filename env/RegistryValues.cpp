@@ -1,8 +1,9 @@
 #include "env/RegistryValues.h"
 
-#include "env/Format.h"
 #include "env/Text.h"
 #include "platform/Files.h"
+#include "text/Format.h"
+#include "text/Units.h"
 
 #include <algorithm>
 
@@ -31,7 +32,8 @@ std::wstring ReadText(const platform::CRegistryKey& key, const std::wstring& nam
         switch (key.Query(name, buffer, size))
         {
         case platform::ERegistryQuery::Done:
-            return CutAtZero(DecodeUnits(std::span(buffer).first(std::min(size, buffer.size()))));
+            return CutAtZero(
+                text::DecodeUnits(std::span(buffer).first(std::min(size, buffer.size()))));
         case platform::ERegistryQuery::MoreData:
             break;
         case platform::ERegistryQuery::Failed:
@@ -64,7 +66,7 @@ std::int32_t RegWriteString(platform::ERegistryRoot root, const std::wstring& su
     bool existed = false;
     auto key = platform::CRegistryKey::Create(root, subKey, view, existed);
     const std::wstring_view terminated(value.c_str(), value.size() + 1);
-    if (!key || !key.Set(valueName, platform::registrySz, EncodeUnits(terminated)))
+    if (!key || !key.Set(valueName, platform::registrySz, text::EncodeUnits(terminated)))
         return -1;
     return existed ? 1 : 0;
 }
@@ -75,7 +77,7 @@ std::wstring RegReadString(const platform::CRegistryKey& openKey, const std::wst
     if (!openKey.QueryType(valueName, type))
         return {};
     if (type == platform::registryDword)
-        return FormatText(L"%lu", ReadNumber(openKey, valueName));
+        return text::FormatText(L"%lu", ReadNumber(openKey, valueName));
     if (type != platform::registrySz && type != platform::registryExpandSz)
         return {};
 
@@ -97,26 +99,6 @@ std::uint32_t RegReadDword(const platform::CRegistryKey& openKey, const std::wst
     if (type == platform::registrySz)
         return static_cast<std::uint32_t>(ReadDecimal(ReadText(openKey, valueName)));
     return 0;
-}
-
-std::vector<std::uint8_t> EncodeUnits(std::wstring_view text)
-{
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(text.size() * unitSize);
-    for (const wchar_t unit : text)
-    {
-        bytes.push_back(static_cast<std::uint8_t>(unit));
-        bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
-    }
-    return bytes;
-}
-
-std::wstring DecodeUnits(std::span<const std::uint8_t> bytes)
-{
-    std::wstring text(bytes.size() / unitSize, L'\0');
-    for (std::size_t i = 0; i < text.size(); ++i)
-        text[i] = static_cast<wchar_t>(bytes[i * unitSize] | bytes[i * unitSize + 1] << 8);
-    return text;
 }
 
 } // namespace env

@@ -3,10 +3,7 @@
 #include "platform/Registry.h"
 
 #include <cstdint>
-#include <span>
 #include <string>
-#include <string_view>
-#include <vector>
 
 // Values of the registry as texts and numbers. Any thread, one at a time per key.
 namespace env {
@@ -25,10 +22,5 @@ std::wstring RegReadString(const platform::CRegistryKey& openKey, const std::wst
 // The number in a value, or the one that a text value begins with; 0 when it is missing or of
 // another type.
 std::uint32_t RegReadDword(const platform::CRegistryKey& openKey, const std::wstring& valueName);
-
-// Text as the registry keeps it: two bytes for each unit, low byte first. An odd byte at the end
-// is ignored.
-std::vector<std::uint8_t> EncodeUnits(std::wstring_view text);
-std::wstring DecodeUnits(std::span<const std::uint8_t> bytes);
 
 } // namespace env

@@ -1,10 +1,10 @@
 #include "env/SystemDescription.h"
 
-#include "env/Format.h"
 #include "env/LanguageTable.h"
 #include "env/ProcessCache.h"
 #include "platform/SystemFacts.h"
-#include "vnosal/StandardText.h"
+#include "text/Format.h"
+#include "text/StandardText.h"
 
 namespace env {
 
@@ -28,7 +28,7 @@ std::wstring GetOsVersionString()
         const std::uint32_t packed = platform::QueryPackedVersion();
         version = {packed & 0xFF, (packed >> 8) & 0xFF};
     }
-    return FormatText(L"%lu.%lu", version.major, version.minor);
+    return text::FormatText(L"%lu.%lu", version.major, version.minor);
 }
 
 bool Is64BitWindows()
@@ -41,12 +41,12 @@ bool Is64BitWindows()
 
 std::wstring GetUserLanguageCode()
 {
-    return ToStandard(GetLanguageCode(platform::GetUserDefaultLanguageId()));
+    return text::ToStandard(GetLanguageCode(platform::GetUserDefaultLanguageId()));
 }
 
 std::wstring DescribeSystem()
 {
-    return FormatText(L"Windows NT %s", GetOsVersionString()) +
+    return text::FormatText(L"Windows NT %s", GetOsVersionString()) +
            (Is64BitWindows() ? L"; WOW64" : L"");
 }
 

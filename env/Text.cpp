@@ -2,7 +2,7 @@
 
 #include "net/Md5.h"
 #include "platform/SystemFacts.h"
-#include "vnosal/StandardText.h"
+#include "text/StandardText.h"
 
 #include <algorithm>
 #include <limits>
@@ -33,14 +33,14 @@ void AppendEscape(std::wstring& query, std::uint16_t unit)
 
 std::wstring Decode(std::string_view bytes, std::uint32_t codePage)
 {
-    return ToStandard(VnAString::FromBytes(bytes, codePage).ToString());
+    return text::ToStandard(VnAString::FromBytes(bytes, codePage).ToString());
 }
 
 } // namespace
 
 std::string Utf16ToUtf8(std::wstring_view text)
 {
-    return ToStandard(VnAString(text, VnOSAL::codePageUtf8));
+    return text::ToStandard(VnAString(text, VnOSAL::codePageUtf8));
 }
 
 std::wstring Utf8ToUtf16(std::string_view bytes)

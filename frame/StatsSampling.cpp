@@ -2,7 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
-#include "vnosal/TextView.h"
+#include "text/Case.h"
 
 #include <cmath>
 
@@ -18,8 +18,7 @@ bool IsDroppingDraw(int draw) noexcept { return std::floor(draw / 32767.0 * 10.0
 
 bool IsStatsEvent(const TrackingHit& hit)
 {
-    return hit.type == EHitType::Event &&
-           VnOSAL::EqualTexts(hit.field2, L"STATS", VnOSAL::ECase::Ignore);
+    return hit.type == EHitType::Event && text::EqualIgnoringCase(hit.field2, L"STATS");
 }
 
 } // namespace frame

@@ -1,19 +1,19 @@
 #include "frame/UserAgent.h"
 
-#include "env/Format.h"
 #include "net/HeaderValue.h"
+#include "text/Format.h"
 
 namespace frame {
 
 std::wstring FormatUserAgent(std::wstring_view productName, std::wstring_view version,
                              std::wstring_view system)
 {
-    return env::FormatText(L"%s/%s (%s)", productName, version, system);
+    return text::FormatText(L"%s/%s (%s)", productName, version, system);
 }
 
 std::wstring FormatUserAgentHeader(std::wstring_view userAgent)
 {
-    return env::FormatText(L"User-Agent: %s\r\n", net::MakeHeaderValue(std::wstring(userAgent)));
+    return text::FormatText(L"User-Agent: %s\r\n", net::MakeHeaderValue(std::wstring(userAgent)));
 }
 
 } // namespace frame

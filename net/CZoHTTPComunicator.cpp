@@ -1,10 +1,10 @@
 #include "net/CZoHTTPComunicator.h"
 
-#include "env/TraceMessage.h"
 #include "net/BodyBlocks.h"
 #include "net/HeaderValue.h"
 #include "platform/LastError.h"
 #include "platform/ModuleState.h"
+#include "platform/TraceMessage.h"
 
 #include <algorithm>
 #include <limits>
@@ -12,13 +12,13 @@
 
 namespace net {
 
-using env::TraceMessage;
 using platform::CHttpConnection;
 using platform::CHttpFile;
 using platform::CInternetException;
 using platform::CInternetSession;
 using platform::EConnectivity;
 using platform::EInternetOption;
+using platform::TraceMessage;
 using VnOSAL::VnCriticalSectionLock;
 
 namespace {
@@ -271,9 +271,9 @@ catch (const CInternetException& failure)
 std::wstring CZoHTTPComunicator::FormatHeaders() const
 {
     const VnCriticalSectionLock lock(headerLock);
-    return env::FormatText(L"Accept: %s\r\nContent-Type: %s\r\nUser-Agent: %s\r\n",
-                           MakeHeaderValue(accept), MakeHeaderValue(contentType),
-                           MakeHeaderValue(agent));
+    return text::FormatText(L"Accept: %s\r\nContent-Type: %s\r\nUser-Agent: %s\r\n",
+                            MakeHeaderValue(accept), MakeHeaderValue(contentType),
+                            MakeHeaderValue(agent));
 }
 
 bool CZoHTTPComunicator::Send(CHttpFile& request, Exchange& exchange)

@@ -1,6 +1,6 @@
 #include "net/HttpAddress.h"
 
-#include "vnosal/TextView.h"
+#include "text/Case.h"
 
 namespace net {
 
@@ -66,7 +66,7 @@ std::wstring UpgradeScheme(const std::wstring& text)
 
 bool IsSameUrl(std::wstring_view one, std::wstring_view other)
 {
-    return VnOSAL::EqualTexts(one, other, VnOSAL::ECase::Ignore);
+    return text::EqualIgnoringCase(one, other);
 }
 
 } // namespace net

@@ -12,7 +12,7 @@ namespace platform {
 // Copies the value of `key`, or `defaultValue` where file, section or key is missing, into
 // `buffer`, always with a terminating zero. Returns the number of units copied without it;
 // buffer.size() - 1 means that the value may have been cut.
-std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,
+std::size_t CopyProfileText(const std::wstring& section, const std::wstring& key,
                             const std::wstring& defaultValue, std::span<wchar_t> buffer,
                             const std::wstring& path);
 

@@ -1,6 +1,6 @@
 #include "platform/Url.h"
 
-#include "vnosal/StandardText.h"
+#include "text/StandardText.h"
 
 #include <algorithm>
 
@@ -116,8 +116,8 @@ std::wstring EscapeObject(std::wstring_view object)
         const std::size_t start = i;
         while (i < object.size() && !stays(i)) // whole runs keep surrogate pairs together
             ++i;
-        AppendPercentEncoded(escaped, ToStandard(VnOSAL::VnAString(object.substr(start, i - start),
-                                                                   VnOSAL::codePageUtf8)));
+        AppendPercentEncoded(escaped, text::ToStandard(VnOSAL::VnAString(
+                                          object.substr(start, i - start), VnOSAL::codePageUtf8)));
         if (i < object.size())
             escaped += object[i++];
     }

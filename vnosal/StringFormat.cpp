@@ -1,7 +1,7 @@
 #include "zotracker/vnosal/VnAString.h"
 #include "zotracker/vnosal/VnString.h"
 
-#include "vnosal/FormatText.h"
+#include "vnosal/NumberText.h"
 #include "vnosal/TextView.h"
 
 #include <algorithm>

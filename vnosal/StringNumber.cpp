@@ -1,6 +1,6 @@
 #include "zotracker/vnosal/VnString.h"
 
-#include "vnosal/FormatText.h"
+#include "vnosal/NumberText.h"
 #include "vnosal/TextView.h"
 
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "xml/DecimalText.h"
 
-#include "vnosal/FormatText.h"
+#include "text/Decimal.h"
 
 #include <charconv>
 #include <limits>
@@ -78,7 +78,7 @@ double ReadNumber(std::string_view text)
         rest.remove_prefix(1);
         hasDigits |= MoveDigits(rest, number);
     }
-    return hasDigits ? VnOSAL::ReadDouble((number + ReadExponent(rest)).c_str()) : 0;
+    return hasDigits ? text::ReadDouble((number + ReadExponent(rest)).c_str()) : 0;
 }
 
 } // namespace xml

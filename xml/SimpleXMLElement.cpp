@@ -2,7 +2,7 @@
 
 #include "env/Text.h"
 #include "platform/Files.h"
-#include "vnosal/CaseMap.h"
+#include "text/Case.h"
 #include "xml/DecimalText.h"
 #include "xml/TrimSpaces.h"
 #include "xml/XmlEscaping.h"
@@ -28,7 +28,7 @@ std::wstring ShownName(const std::string& stored) { return UnescapeXml(env::Utf8
 
 std::wstring Fold(std::wstring name)
 {
-    VnOSAL::MapLower(name.data(), name.size());
+    text::MakeLower(name);
     return name;
 }
 

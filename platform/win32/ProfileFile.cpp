@@ -4,7 +4,7 @@
 
 namespace platform {
 
-std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,
+std::size_t CopyProfileText(const std::wstring& section, const std::wstring& key,
                             const std::wstring& defaultValue, std::span<wchar_t> buffer,
                             const std::wstring& path)
 {

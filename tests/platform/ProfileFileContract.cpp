@@ -20,7 +20,7 @@ protected:
                           std::size_t room = 30) const
     {
         std::wstring buffer(40, L'#');
-        const std::size_t length = platform::ReadProfileText(section, key, L"  default  ",
+        const std::size_t length = platform::CopyProfileText(section, key, L"  default  ",
                                                              std::span(buffer.data(), room), path);
         EXPECT_EQ(buffer.at(length), 0);
         EXPECT_EQ(buffer.substr(room), std::wstring(buffer.size() - room, L'#'));

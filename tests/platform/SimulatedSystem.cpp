@@ -1,4 +1,4 @@
-#include "platform/HostPaths.h"
+#include "platform/SystemPaths.h"
 #include "tests/platform/System.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/Registry.h"

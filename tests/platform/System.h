@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Files.h"
-#include "platform/HostPaths.h"
 #include "platform/Registry.h"
+#include "platform/SystemPaths.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "platform/HostPaths.h"
 #include "platform/SystemFacts.h"
+#include "platform/SystemPaths.h"
 #include "platform/VersionResource.h"
 #include "tests/platform/System.h"
 

@@ -6,7 +6,7 @@
 #include "tests/simulated/State.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/UpperCase.h"
-#include "vnosal/StandardText.h"
+#include "text/StandardText.h"
 
 #include <algorithm>
 #include <cwctype>
@@ -39,7 +39,7 @@ bool IsUtf16(const std::string& bytes) { return bytes.starts_with(utf16Mark); }
 std::wstring DecodeProfile(const std::string& bytes)
 {
     if (!IsUtf16(bytes))
-        return ToStandard(VnOSAL::VnAString::FromBytes(bytes, ansiCodePage).ToString());
+        return text::ToStandard(VnOSAL::VnAString::FromBytes(bytes, ansiCodePage).ToString());
     std::wstring text;
     for (std::size_t i = utf16Mark.size(); i + 1 < bytes.size(); i += 2)
         text += static_cast<wchar_t>(static_cast<unsigned char>(bytes[i]) |
@@ -50,7 +50,7 @@ std::wstring DecodeProfile(const std::string& bytes)
 std::string EncodeProfile(const std::wstring& text, bool asUtf16)
 {
     if (!asUtf16)
-        return ToStandard(VnOSAL::VnAString(text, ansiCodePage));
+        return text::ToStandard(VnOSAL::VnAString(text, ansiCodePage));
     std::string bytes(utf16Mark);
     for (const wchar_t unit : text)
     {
@@ -189,7 +189,7 @@ namespace platform {
 
 using namespace simulated;
 
-std::size_t ReadProfileText(const std::wstring& section, const std::wstring& key,
+std::size_t CopyProfileText(const std::wstring& section, const std::wstring& key,
                             const std::wstring& defaultValue, std::span<wchar_t> buffer,
                             const std::wstring& path)
 {

@@ -1,16 +1,16 @@
 #pragma once
 
-#include "vnosal/CaseMap.h"
+#include "text/Case.h"
 
 #include <string>
 
 namespace simulated {
 
 // The form under which the model files a name that ignores case.
-inline std::wstring UpperCase(std::wstring text)
+inline std::wstring UpperCase(std::wstring name)
 {
-    VnOSAL::MapUpper(text.data(), text.size());
-    return text;
+    text::MakeUpper(name);
+    return name;
 }
 
 } // namespace simulated

@@ -2,9 +2,9 @@
 #include "env/InstallConfig.h"
 #include "env/ProcessCache.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/HostPaths.h"
 #include "tests/simulated/ProfileFile.h"
 #include "tests/simulated/Simulated.h"
+#include "tests/simulated/SystemPaths.h"
 
 #include <gtest/gtest.h>
 

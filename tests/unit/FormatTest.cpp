@@ -1,4 +1,4 @@
-#include "env/Format.h"
+#include "text/Format.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-using env::FormatText;
+using text::FormatText;
 
 // Also where the host has set a locale with a decimal comma, if the system has one.
 TEST(FormatText, WritesEachConversionAndLeavesOutWhatDoesNotFit)

@@ -5,9 +5,9 @@
 #include "env/ProcessCache.h"
 #include "net/Md5.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/HostPaths.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
+#include "tests/simulated/SystemPaths.h"
 #include "tests/simulated/VersionResource.h"
 
 #include <gtest/gtest.h>

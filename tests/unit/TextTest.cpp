@@ -1,5 +1,5 @@
 #include "env/Text.h"
-#include "env/TraceMessage.h"
+#include "platform/TraceMessage.h"
 #include "tests/simulated/DebugOutput.h"
 #include "tests/simulated/Simulated.h"
 
@@ -87,9 +87,9 @@ TEST_F(TextTest, ReadsLeadingDecimals)
 
 TEST_F(TextTest, TracesLinesOfBoundedLength)
 {
-    env::TraceMessage(3, L"HTTPCOM: inncorrect URL %s", L"ftp://a");
-    env::TraceMessage(9, L"%s", std::wstring(1024, L'x'));
-    env::TraceMessage(9, L"%s", std::wstring(1025, L'x'));
+    platform::TraceMessage(3, L"HTTPCOM: inncorrect URL %s", L"ftp://a");
+    platform::TraceMessage(9, L"%s", std::wstring(1024, L'x'));
+    platform::TraceMessage(9, L"%s", std::wstring(1025, L'x'));
     const std::wstring longest = L"ZoTracker 9 " + std::wstring(1024, L'x') + L"\n";
     EXPECT_EQ(simulated::TakeDebugOutput(),
               (std::vector<std::wstring>{L"ZoTracker 3 HTTPCOM: inncorrect URL ftp://a\n", longest,

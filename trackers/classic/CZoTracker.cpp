@@ -1,7 +1,6 @@
 #include "trackers/classic/CZoTracker.h"
 
 #include "env/FileSystem.h"
-#include "env/Format.h"
 #include "env/InstallConfig.h"
 #include "env/ModuleVersion.h"
 #include "env/ProductUserId.h"
@@ -10,6 +9,7 @@
 #include "frame/StatsSampling.h"
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
+#include "text/Format.h"
 #include "trackers/classic/ClassicIdentity.h"
 #include "trackers/classic/ContentFolder.h"
 #include "trackers/classic/PurchaseHits.h"
@@ -52,8 +52,8 @@ CZoTracker::CZoTracker(const std::wstring& productNameOverride,
     configuration.startTick = platform::GetTickMilliseconds();
     configuration.systemDescription = env::DescribeSystem();
     const platform::ScreenSize screen = platform::GetScreenSize();
-    client.screenWidth = env::FormatText(L"%d", screen.width);
-    client.screenHeight = env::FormatText(L"%d", screen.height);
+    client.screenWidth = text::FormatText(L"%d", screen.width);
+    client.screenHeight = text::FormatText(L"%d", screen.height);
     configuration.productUserId = env::GetProductUserId(L"");
     configuration.productVersion = env::GetApplicationProductVersion();
     configuration.hostProductName = env::GetApplicationProductName();
@@ -139,7 +139,7 @@ void CZoTracker::TrackPurchase(TrackerText itemName, TrackerText itemCode, doubl
             const VnCriticalSectionLock lock(productLock);
             if (transactionId.empty())
                 transactionId =
-                    env::FormatText(L"%s_%s", configuration.productUserId, sessionHitNumber);
+                    text::FormatText(L"%s_%s", configuration.productUserId, sessionHitNumber);
             transaction = MakeTransactionHit(purchase, transactionId, configuration.client.phash);
             item = MakeItemHit(purchase, configuration.client.language);
         }

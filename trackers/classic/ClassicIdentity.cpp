@@ -1,7 +1,7 @@
 #include "trackers/classic/ClassicIdentity.h"
 
-#include "env/Format.h"
 #include "env/Text.h"
+#include "text/Format.h"
 
 namespace trackers {
 
@@ -14,7 +14,7 @@ std::wstring FormatCharacterCodes(std::wstring_view text)
 {
     std::wstring codes;
     for (const wchar_t unit : text)
-        env::AppendFormat(codes, L"%d", static_cast<std::uint16_t>(unit));
+        text::AppendFormat(codes, L"%d", static_cast<std::uint16_t>(unit));
     return codes;
 }
 

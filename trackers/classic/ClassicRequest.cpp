@@ -1,8 +1,10 @@
 #include "trackers/classic/ClassicRequest.h"
 
-#include "env/Format.h"
 #include "env/Text.h"
-#include "vnosal/CaseMap.h"
+#include "text/Case.h"
+#include "text/Format.h"
+
+#include <span>
 
 namespace trackers {
 
@@ -28,7 +30,7 @@ void AppendEncoded(std::wstring& url, std::wstring_view key, std::wstring_view v
 // The server expects extension expressions in capitals, their escapes and texts alike.
 void CapitalizeFrom(std::wstring& url, std::size_t start)
 {
-    VnOSAL::MapUpper(url.data() + start, url.size() - start);
+    text::MakeUpper(std::span(url).subspan(start));
 }
 
 // 5(category*action*label)(value)
@@ -113,7 +115,7 @@ std::wstring BuildClassicRequest(const ClassicClient& client, const ClassicVisit
     std::wstring url;
     url.reserve(usualLength);
     Append(url, client.collectionUrl, L"utmwv=5.4.3&utms=", visit.sessionHitNumber);
-    env::AppendFormat(url, L"&utmn=%I64d", visit.hitNumber);
+    text::AppendFormat(url, L"&utmn=%I64d", visit.hitNumber);
     Append(url, L"&utmac=", client.trackingId);
     Append(url, L"&utmsr=", client.screenWidth, L"x", client.screenHeight);
     AppendHit(url, hit, product);

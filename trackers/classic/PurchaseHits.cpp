@@ -1,7 +1,7 @@
 #include "trackers/classic/PurchaseHits.h"
 
-#include "env/Format.h"
 #include "env/Text.h"
+#include "text/Format.h"
 
 namespace trackers {
 
@@ -20,8 +20,8 @@ TrackingHit MakeTransactionHit(const Purchase& purchase, std::wstring_view trans
     const double total = static_cast<double>(purchase.quantity) * purchase.unitPrice;
     TrackingHit hit;
     hit.type = EHitType::Transaction;
-    hit.field1 = env::FormatText(L"&utmtid=%s&utmtst=%s&utmtto=%.2f&utmtsp=0.00&utmttx=%.2f",
-                                 transactionId, phash, total, total * taxRate);
+    hit.field1 = text::FormatText(L"&utmtid=%s&utmtst=%s&utmtto=%.2f&utmtsp=0.00&utmttx=%.2f",
+                                  transactionId, phash, total, total * taxRate);
     return hit;
 }
 
@@ -29,10 +29,10 @@ TrackingHit MakeItemHit(const Purchase& purchase, std::wstring_view language)
 {
     TrackingHit hit;
     hit.type = EHitType::Item;
-    hit.field1 = env::FormatText(L"&utmtid=%s&utmipc=%s&utmipn=%s&utmipr=%.2f&utmiqt=%d&utmiva=%s",
-                                 purchase.orderId, purchase.itemCode,
-                                 env::EncodeQueryText(purchase.itemName, true), purchase.unitPrice,
-                                 purchase.quantity, language);
+    hit.field1 = text::FormatText(L"&utmtid=%s&utmipc=%s&utmipn=%s&utmipr=%.2f&utmiqt=%d&utmiva=%s",
+                                  purchase.orderId, purchase.itemCode,
+                                  env::EncodeQueryText(purchase.itemName, true), purchase.unitPrice,
+                                  purchase.quantity, language);
     return hit;
 }
 

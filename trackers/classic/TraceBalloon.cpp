@@ -1,7 +1,7 @@
 #include "trackers/classic/TraceBalloon.h"
 
-#include "env/Format.h"
-#include "env/TraceMessage.h"
+#include "platform/TraceMessage.h"
+#include "text/Format.h"
 
 namespace trackers {
 
@@ -23,14 +23,14 @@ HitDescription DescribeHit(const frame::TrackingHit& hit, const std::wstring& pr
     case EHitType::Pageview:
         return {L"GA: Pageview", productName};
     case EHitType::Event:
-        return {L"GA: Event", env::FormatText(L"%s: %s - %s (%s)", hit.field2, hit.field4,
-                                              hit.field3, hit.field1)};
+        return {L"GA: Event", text::FormatText(L"%s: %s - %s (%s)", hit.field2, hit.field4,
+                                               hit.field3, hit.field1)};
     case EHitType::Message:
         return {L"GA: Message", hit.field5};
     case EHitType::Transaction:
-        return {L"GA: Transaction", env::FormatText(L"%s - %s", productName, hit.field1)};
+        return {L"GA: Transaction", text::FormatText(L"%s - %s", productName, hit.field1)};
     case EHitType::Item:
-        return {L"GA: Item", env::FormatText(L"%s - %s", productName, hit.field1)};
+        return {L"GA: Item", text::FormatText(L"%s - %s", productName, hit.field1)};
     case EHitType::None:
     case EHitType::CustomVariable:
         break;
@@ -47,7 +47,7 @@ void CTraceBalloon::Show(const HitDescription& hit)
     if (hit.title.empty())
         return;
     icon.ShowBalloon(hit.title, hit.text);
-    env::TraceMessage(hitTraceLevel, L"%s: %s", hit.title, hit.text);
+    platform::TraceMessage(hitTraceLevel, L"%s: %s", hit.title, hit.text);
 }
 
 } // namespace trackers

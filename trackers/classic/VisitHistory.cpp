@@ -1,9 +1,9 @@
 #include "trackers/classic/VisitHistory.h"
 
 #include "env/FileSystem.h"
-#include "env/Format.h"
 #include "env/Text.h"
 #include "platform/Files.h"
+#include "text/Format.h"
 #include "trackers/classic/OldHistory.h"
 
 #include <limits>
@@ -20,7 +20,7 @@ constexpr std::uint64_t largestHistory = 8 << 20; // bytes
 std::wstring MakeFingerprint(const frame::TrackingHit& hit)
 {
     return env::Md5OfText(
-        env::FormatText(L"%s_%s_%s_%s", hit.field2, hit.field4, hit.field3, hit.field5));
+        text::FormatText(L"%s_%s_%s_%s", hit.field2, hit.field4, hit.field3, hit.field5));
 }
 
 std::int32_t AddOne(std::int32_t count)

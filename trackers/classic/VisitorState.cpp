@@ -1,16 +1,16 @@
 #include "trackers/classic/VisitorState.h"
 
-#include "env/Format.h"
 #include "env/Text.h"
 #include "platform/Clock.h"
+#include "text/Format.h"
 
 namespace trackers {
 
 namespace {
 
-std::wstring GetTimeText() { return env::FormatText(L"%I64d", platform::GetUnixTime()); }
+std::wstring GetTimeText() { return text::FormatText(L"%I64d", platform::GetUnixTime()); }
 
-std::wstring FormatCount(std::int64_t count) { return env::FormatText(L"%d", count); }
+std::wstring FormatCount(std::int64_t count) { return text::FormatText(L"%d", count); }
 
 std::wstring OrElse(const std::wstring& value, const std::wstring& otherwise)
 {

@@ -1,8 +1,8 @@
 #include "trackers/kpi/KpiRequest.h"
 
-#include "env/Format.h"
 #include "env/Text.h"
-#include "vnosal/CaseMap.h"
+#include "text/Case.h"
+#include "text/Format.h"
 
 namespace trackers {
 
@@ -33,7 +33,7 @@ std::wstring BuildKpiRequest(const KpiClient& client, const KpiMoment& moment,
     url.append(L"&url=").append(client.siteAddress);
     url.append(L"&uid=").append(moment.userId);
     AppendEncoded(url, L"&lang=", client.language);
-    env::AppendFormat(url, L"&rand=%d", moment.tick);
+    text::AppendFormat(url, L"&rand=%d", moment.tick);
     url.append(L"&_rcn=").append(client.phash);
     url.append(L"&_rck=").append(client.kpiSource);
     url.append(L"&_cvar={\"1\":[\"product\", \"").append(moment.productName).append(L"\"]}");
@@ -56,7 +56,7 @@ std::wstring TakeCountryCode(const std::wstring& localeCode)
 std::wstring ComposeLanguage(const std::wstring& configured, const std::wstring& countryCode)
 {
     std::wstring language = configured.substr(0, 2) + L"-" + countryCode;
-    VnOSAL::MapLower(language.data(), language.size());
+    text::MakeLower(language);
     return language;
 }
 

@@ -1,13 +1,14 @@
 #include "trackers/kpi/KpiUserId.h"
 
-#include "env/Format.h"
 #include "env/RegistryValues.h"
 #include "platform/Clock.h"
 #include "platform/SystemFacts.h"
+#include "text/Format.h"
+#include "text/Units.h"
 
 namespace trackers {
 
-using env::FormatText;
+using text::FormatText;
 
 namespace {
 
@@ -51,7 +52,7 @@ std::wstring LoadKpiUserId()
     if (!key || key.Query(idValue, bytes, size) != platform::ERegistryQuery::Done ||
         size != idBytes)
         return {};
-    return env::DecodeUnits(bytes);
+    return text::DecodeUnits(bytes);
 }
 
 std::wstring FindComputerName()
@@ -72,7 +73,7 @@ std::wstring GetKpiUserId()
         id = BuildKpiUserId(platform::GetTickMilliseconds(), platform::GetUnixTime(),
                             FindComputerName());
         if (CRegistryKey key = CreateIdKey())
-            key.Set(idValue, platform::registrySz, env::EncodeUnits(id));
+            key.Set(idValue, platform::registrySz, text::EncodeUnits(id));
     }
     return id;
 }
@@ -85,7 +86,7 @@ std::wstring BuildKpiUserId(std::uint32_t tick, std::int64_t time, std::wstring_
     // request. That is so for two weeks after the tick count has turned negative.
     id.resize(2 * tickText.size(), L'0');
     for (std::size_t next = 0; id.size() < idLength && !computerName.empty(); ++next)
-        env::AppendFormat(id, L"%d", computerName[next % computerName.size()]);
+        text::AppendFormat(id, L"%d", computerName[next % computerName.size()]);
     id.resize(idLength, L'0');
     return id;
 }

@@ -7,11 +7,11 @@
 #include "env/ProductUserId.h"
 #include "env/SystemDescription.h"
 #include "env/Text.h"
-#include "env/TraceMessage.h"
 #include "frame/HostConfig.h"
 #include "frame/StatsSampling.h"
 #include "frame/UserAgent.h"
 #include "platform/Clock.h"
+#include "platform/TraceMessage.h"
 #include "trackers/ua/ClientId.h"
 #include "trackers/ua/UaPayload.h"
 
@@ -57,7 +57,7 @@ CZoTrackerUA::CZoTrackerUA(const std::wstring& name, const std::wstring&,
     ChooseProductName(name);
     if (configuration.trackingId.empty())
     {
-        env::TraceMessage(3, L"ERROR UA ### No tracking-id found");
+        platform::TraceMessage(3, L"ERROR UA ### No tracking-id found");
         queue.Close(); // what nobody takes would only fill the host's memory
         return;
     }
@@ -244,7 +244,7 @@ bool CZoTrackerUA::Deliver(const std::wstring& payload)
         const VnCriticalSectionLock lock(productLock);
         url = configuration.endpoint;
     }
-    env::AppendFormat(url, L"?z=%d", platform::GetTickMilliseconds());
+    text::AppendFormat(url, L"?z=%d", platform::GetTickMilliseconds());
     communicator.PostContent(std::move(url), env::Utf16ToUtf8(payload), -1, 0, false);
     closing.NoteDelivery(IsDelivered(communicator.errorCode));
     const bool wasWithout = sentWithoutConnection;

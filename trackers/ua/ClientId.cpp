@@ -1,10 +1,10 @@
 #include "trackers/ua/ClientId.h"
 
-#include "env/Format.h"
 #include "env/ModuleVersion.h"
 #include "env/RegistryValues.h"
 #include "env/Text.h"
 #include "platform/Clock.h"
+#include "text/Format.h"
 
 namespace trackers {
 
@@ -39,7 +39,7 @@ std::wstring FindOrMakeClientId(const std::wstring& productUserId)
     if (!clientId.empty())
         return clientId;
     clientId =
-        env::Md5OfText(env::FormatText(L"%s%d", productUserId, platform::GetTickMilliseconds()));
+        env::Md5OfText(text::FormatText(L"%s%d", productUserId, platform::GetTickMilliseconds()));
     for (const auto root : {ERegistryRoot::ClassesRoot, ERegistryRoot::CurrentUser})
         env::RegWriteString(root, keyPath, valueName, clientId, false);
     return clientId;

@@ -1,8 +1,8 @@
 #include "trackers/ua/UaPayload.h"
 
-#include "env/Format.h"
 #include "env/HostPaths.h"
 #include "env/Text.h"
+#include "text/Format.h"
 
 namespace trackers {
 
@@ -87,7 +87,7 @@ std::wstring BuildCommonPayload(const UaClient& client)
     AppendEncoded(payload, L"&cs=", client.phash);
     AppendEncoded(payload, L"&cn=", L"(partners)");
     AppendEncoded(payload, L"&cm=", L"(direct)");
-    env::AppendFormat(payload, L"&sr=%dx%d", client.screen.width, client.screen.height);
+    text::AppendFormat(payload, L"&sr=%dx%d", client.screen.width, client.screen.height);
     AppendEncoded(payload, L"&ul=", client.language);
     AppendEncoded(payload, L"&cd=", client.productName);
     return payload;
@@ -128,11 +128,11 @@ UaPurchase MakePurchaseHits(std::wstring_view itemCode, double unitPrice, std::w
 {
     UaPurchase purchase;
     purchase.transaction.type = EHitType::Transaction;
-    purchase.transaction.field1 = env::FormatText(L"%.2f", quantity * unitPrice);
+    purchase.transaction.field1 = text::FormatText(L"%.2f", quantity * unitPrice);
     purchase.transaction.field2 = orderId;
     purchase.transaction.field4 = affiliation;
     purchase.item.type = EHitType::Item;
-    purchase.item.field1 = env::FormatText(L"&ip=%.2f&iq=%d", unitPrice, quantity);
+    purchase.item.field1 = text::FormatText(L"&ip=%.2f&iq=%d", unitPrice, quantity);
     purchase.item.field2 = orderId;
     purchase.item.field3 = itemCode;
     purchase.item.field4 = affiliation;
@@ -141,7 +141,7 @@ UaPurchase MakePurchaseHits(std::wstring_view itemCode, double unitPrice, std::w
 
 std::wstring MakeOrderId(std::wstring_view clientId, std::uint32_t tick)
 {
-    return env::FormatText(L"%s_%d", clientId, tick);
+    return text::FormatText(L"%s_%d", clientId, tick);
 }
 
 } // namespace trackers

@@ -1,10 +1,10 @@
 #include "trackers/kpi/KpiUserId.h"
 
-#include "env/RegistryValues.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/VirtualTime.h"
+#include "text/Units.h"
 
 #include <gtest/gtest.h>
 
@@ -74,7 +74,7 @@ TEST_F(KpiUserIdTest, IsMadeAnewUnlessItHasItsExactLength)
         const std::wstring& expected = size == 64 ? kept : made;
         Put(ERegistryRoot::ClassesRoot, kept, size);
         EXPECT_EQ(trackers::GetKpiUserId(), expected) << size;
-        EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), env::EncodeUnits(expected)) << size;
+        EXPECT_EQ(FindBytes(ERegistryRoot::ClassesRoot), text::EncodeUnits(expected)) << size;
     }
     EXPECT_TRUE(FindBytes(ERegistryRoot::CurrentUser).empty());
 }
@@ -90,7 +90,7 @@ TEST_F(KpiUserIdTest, LivesWithTheUserWhereTheClassesRootHasNoKeyThatOpens)
     EXPECT_EQ(trackers::GetKpiUserId(), kept);
     simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, kpiKey, ERegistryView::View32);
     EXPECT_EQ(trackers::GetKpiUserId(), made);
-    EXPECT_EQ(FindBytes(ERegistryRoot::CurrentUser), env::EncodeUnits(made));
+    EXPECT_EQ(FindBytes(ERegistryRoot::CurrentUser), text::EncodeUnits(made));
 
     simulated::SetRegistryDenial(ERegistryRoot::CurrentUser, ERegistryDenial::Opening);
     EXPECT_EQ(trackers::GetKpiUserId(), made);

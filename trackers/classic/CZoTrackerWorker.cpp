@@ -1,7 +1,7 @@
-#include "env/Format.h"
 #include "frame/StatsSampling.h"
 #include "frame/UrlDelivery.h"
 #include "frame/UserAgent.h"
+#include "text/Format.h"
 #include "trackers/classic/CZoTracker.h"
 
 namespace trackers {
@@ -105,7 +105,7 @@ bool CZoTracker::CountOccurrence(TrackingHit& hit)
         return true;
     const std::int32_t count = history.CountEventOccurrence(hit);
     if (hit.field1.empty())
-        hit.field1 = env::FormatText(L"%d", count);
+        hit.field1 = text::FormatText(L"%d", count);
     return !hit.onceOnly || count == 1;
 }
 

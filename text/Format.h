@@ -7,7 +7,7 @@
 #include <string_view>
 
 // Formatting in the manner of printf, but safe and the same in every locale of the host.
-namespace env {
+namespace text {
 
 // One value of a FormatText call. Refers to text that must outlive the call.
 class CFormatArgument
@@ -81,4 +81,4 @@ std::wstring FormatText(std::wstring_view format, const Values&... values)
     return text;
 }
 
-} // namespace env
+} // namespace text

@@ -1,4 +1,4 @@
-#include "vnosal/FormatText.h"
+#include "vnosal/NumberText.h"
 
 #include "vnosal/RuntimeNumbers.h"
 

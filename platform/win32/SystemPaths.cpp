@@ -1,6 +1,6 @@
-#include "platform/HostPaths.h"
+#include "platform/SystemPaths.h"
 
-#include "vnosal/StandardText.h"
+#include "text/StandardText.h"
 #include "zotracker/vnosal/VnPath.h"
 
 #include <windows.h>
@@ -21,7 +21,7 @@ std::wstring GetHostExecutablePath(std::size_t limit)
 
 std::wstring GetSpecialFolder(int folderId)
 {
-    return ToStandard(VnOSAL::VnPath::GetSpecialFolder(folderId).GetText());
+    return text::ToStandard(VnOSAL::VnPath::GetSpecialFolder(folderId).GetText());
 }
 
 } // namespace platform

@@ -1,6 +1,6 @@
-#include "tests/simulated/HostPaths.h"
+#include "tests/simulated/SystemPaths.h"
 
-#include "platform/HostPaths.h"
+#include "platform/SystemPaths.h"
 #include "tests/simulated/State.h"
 
 #include <map>

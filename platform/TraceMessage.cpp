@@ -1,11 +1,11 @@
-#include "env/TraceMessage.h"
+#include "platform/TraceMessage.h"
 
 #include "platform/DebugOutput.h"
 
 #include <algorithm>
 #include <exception>
 
-namespace env {
+namespace platform {
 
 namespace {
 
@@ -14,13 +14,13 @@ constexpr std::size_t textLimit = 1024;
 } // namespace
 
 void WriteTrace(int level, std::wstring_view format,
-                std::initializer_list<CFormatArgument> arguments) noexcept
+                std::initializer_list<text::CFormatArgument> arguments) noexcept
 {
     try
     {
-        std::wstring line = FormatText(L"ZoTracker %d ", level);
+        std::wstring line = text::FormatText(L"ZoTracker %d ", level);
         const std::size_t start = line.size();
-        AppendFormatted(line, format, arguments);
+        text::AppendFormatted(line, format, arguments);
         line.resize(std::min(line.size(), start + textLimit));
         line += L'\n';
         platform::WriteDebugOutput(line);
@@ -31,4 +31,4 @@ void WriteTrace(int level, std::wstring_view format,
     }
 }
 
-} // namespace env
+} // namespace platform

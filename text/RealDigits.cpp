@@ -1,4 +1,4 @@
-#include "env/RealDigits.h"
+#include "text/RealDigits.h"
 
 #include <algorithm>
 #include <bit>
@@ -6,7 +6,7 @@
 #include <ranges>
 #include <vector>
 
-namespace env {
+namespace text {
 
 namespace {
 
@@ -95,4 +95,4 @@ std::wstring MakeRealDigits(double value, std::size_t precision)
     return digits;
 }
 
-} // namespace env
+} // namespace text

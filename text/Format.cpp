@@ -1,6 +1,6 @@
-#include "env/Format.h"
+#include "text/Format.h"
 
-#include "env/RealDigits.h"
+#include "text/RealDigits.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include <limits>
 #include <optional>
 
-namespace env {
+namespace text {
 
 namespace {
 
@@ -166,4 +166,4 @@ void AppendFormatted(std::wstring& text, std::wstring_view format,
     }
 }
 
-} // namespace env
+} // namespace text
