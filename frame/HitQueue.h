@@ -7,8 +7,8 @@ namespace frame {
 
 // Hits waiting to be sent, oldest first.
 //
-// Kept in memory only: hits still queued when the tracker goes are lost, so that reporting never
-// holds up the host's exit.
+// Kept in memory only. What becomes of the hits that are queued when the tracker goes is the
+// tracker's to say: the classic one drops them, the others send them while sends succeed.
 //
 // Threads: any thread may call any operation. Append() holds the lock while it copies the texts and
 // never waits for the network, so the host may call it from its UI thread.

@@ -14,9 +14,9 @@ namespace frame {
 
 // The thread object of one tracker: idle, or running one routine.
 //
-// Every operation first takes the object's own lock, trying for about 20 seconds; one that does
-// not get it fails and returns false. A state other than the two is a sign of corruption and
-// throws CSystemException (access violation).
+// Start() and Join() take the object's own lock first, trying for about 20 seconds, but once only
+// at the end of the process; one that does not get it fails and returns false. A state other than
+// the two is a sign of corruption and throws CSystemException (access violation).
 //
 // Threads: any.
 class CWorkerThread

@@ -168,8 +168,6 @@ try
 catch (...)
 {
     RecordUnforeseen();
-    if (contentLength != nullptr)
-        *contentLength = 0;
 }
 
 // --- one request -------------------------------------------------------------------------------

@@ -32,8 +32,9 @@ namespace net {
 //   other         reading the body failed: WinINet error number   unchanged
 //
 // A stop leaves the request in progress another half second, and a request that begins after it
-// about two; then it fails (3, with "operation cancelled"), follows no further redirect and reads
-// no more. A call of the system that is then under way gets another second.
+// about two; then it fails (3, with "operation cancelled", or with 0 where nothing was sent yet),
+// follows no further redirect and reads no more. A call of the system that is then under way gets
+// another second.
 //
 // Threads: SetRequestHeaders and Cancel from any; all else from one at a time.
 class CZoHTTPComunicator

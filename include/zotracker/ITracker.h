@@ -52,9 +52,9 @@ public:
     virtual void TrackEvent(const wchar_t* category, const wchar_t* action, const wchar_t* label,
                             TrackerText value, TrackerText page) noexcept = 0;
 
-    // As TrackEvent, but an empty `label` stays empty, an empty `value` too, and a `value` that is
-    // not a number is dropped. `onceOnly`: sent only the first time this event occurs on this
-    // computer.
+    // As TrackEvent, but an empty `label` stays empty, an empty `value` too, and a `value` is
+    // dropped unless it is "0" or begins with a whole number other than 0: "0.5" and "00" are
+    // dropped. `onceOnly`: sent only the first time this event occurs on this computer.
     virtual void TrackEventEx(TrackerText category, TrackerText action, TrackerText label,
                               TrackerText value, TrackerText page, bool onceOnly) noexcept = 0;
 

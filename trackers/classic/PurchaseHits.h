@@ -24,8 +24,8 @@ struct Purchase
 frame::TrackingHit MakeTransactionHit(const Purchase& purchase, std::wstring_view transactionId,
                                       std::wstring_view phash);
 
-// What was bought. Carries the order's number as the host gave it, even where the transaction had
-// to be given another: existing reports join the two that way.
+// What was bought. Carries the order's number as the host gave it, so none where the transaction
+// had to be given one.
 frame::TrackingHit MakeItemHit(const Purchase& purchase, std::wstring_view language);
 
 } // namespace trackers

@@ -40,9 +40,9 @@ CZoTrackerPiWik::CZoTrackerPiWik()
     client.phash = GetInstallConfigString(L"install", L"PHASH", L"");
     client.kpiSource = GetInstallConfigString(L"install", L"KPISource", L"");
     client.siteAddress = siteAddress;
-    hostVersion = env::GetApplicationProductVersion();
     ChooseProductName(L"");
-    client.userAgent = frame::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem());
+    client.userAgent = frame::FormatUserAgent(GetProductName(), env::GetApplicationProductVersion(),
+                                              env::DescribeSystem());
     StartWorker();
 }
 
@@ -73,7 +73,6 @@ void CZoTrackerPiWik::ReadConfigurationOf(const std::wstring& hostPath)
         client.language = std::move(language);
         client.phash = std::move(phash);
     }
-    hostVersion = env::GetFileProductVersion(hostPath);
     std::wstring name = ReadConfiguredProductName(configPath);
     ChooseProductName(name.empty() ? env::GetFileProductName(hostPath) : std::move(name));
 }

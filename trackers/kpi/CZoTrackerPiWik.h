@@ -46,7 +46,6 @@ private:
     void ReadConfigurationOf(const std::wstring& hostPath);
 
     KpiClient client;           // language and phash guarded by productLock
-    std::wstring hostVersion;   // host's thread only
     bool sendingFailed = false; // the worker's only
     frame::CClosingPhase closing{stop};
 };
