@@ -1,19 +1,15 @@
 #include "net/CZoHTTPComunicator.h"
 
-#include "net/BodyBlocks.h"
 #include "net/HeaderValue.h"
+#include "net/HttpExchange.h"
 #include "platform/LastError.h"
 #include "platform/ModuleState.h"
 #include "platform/TraceMessage.h"
 
-#include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace net {
 
-using platform::CHttpConnection;
-using platform::CHttpFile;
 using platform::CInternetException;
 using platform::CInternetSession;
 using platform::EConnectivity;
@@ -28,25 +24,12 @@ constexpr int chatterLevel = 9;
 
 constexpr std::uint16_t securePort = 443;
 constexpr std::uintptr_t context = 1;
-constexpr std::size_t uploadPiece = 64'000; // bytes
-constexpr std::size_t readPiece = 8'192;    // bytes
-constexpr int emptyReadLimit = 10;
-constexpr std::size_t bodyLimit = 64 << 20; // bytes
 
-// Milliseconds, as the others.
+// Milliseconds.
 constexpr std::uint32_t connectTimeout = 5'000;
 constexpr std::uint32_t transferTimeout = 120'000;
 
-// How long a request may go on that a stop overtakes, and one that begins after it. With the second
-// that a call of the system may last beyond, and the one that was in progress when the stop came,
-// each makes less than three seconds.
-constexpr std::uint32_t graceOfCurrent = 500;
-constexpr std::uint32_t graceOfLate = 1'900;
-
-constexpr std::uint32_t statusDone = 200;
 constexpr const wchar_t* deleteVerb = L"DELETE";
-
-constexpr bool IsFollowed(std::uint32_t status) { return status == 301 || status == 302; }
 
 class CFlagScope
 {
@@ -73,22 +56,6 @@ const wchar_t* ChooseVerb(std::string_view body, std::string_view sent)
     if (sent.empty())
         return L"GET";
     return ReadsDelete(body) ? deleteVerb : L"POST";
-}
-
-// Where a redirect leads. A Location that names the current address leads nowhere.
-std::wstring QueryTarget(CHttpFile& request, const std::wstring& current)
-{
-    std::wstring location = request.QueryContentLocation();
-    if (!location.empty())
-        return location;
-    location = request.QueryLocation();
-    return IsSameUrl(location, current) ? std::wstring() : location;
-}
-
-void FailIfOver(platform::CStopGrace& grace)
-{
-    if (grace.IsOver())
-        throw CInternetException(platform::internetOperationCancelled);
 }
 
 } // namespace
@@ -153,228 +120,18 @@ try
     const std::string_view sent = TakePart(body, length);
     const wchar_t* const verb = ChooseVerb(body, sent);
     const auto askedPort = static_cast<std::uint16_t>(port);
-    Exchange exchange{
-        *content,
-        url,
-        verb,
-        verb == deleteVerb ? std::string_view() : sent,
-        askedPort == 0 ? securePort : askedPort,
-        abortFlag,
-        platform::CStopGrace(stop, stop.IsRequested() ? graceOfLate : graceOfCurrent)};
-    while (PerformHop(exchange))
-    {}
+    const CHttpExchange::Request request{*content,
+                                         url,
+                                         verb,
+                                         verb == deleteVerb ? std::string_view() : sent,
+                                         askedPort == 0 ? securePort : askedPort,
+                                         abortFlag};
+    CHttpExchange(*this, request).Perform();
     *contentLength = static_cast<std::uint32_t>(content->size());
 }
 catch (...)
 {
     RecordUnforeseen();
-}
-
-// --- one request -------------------------------------------------------------------------------
-
-bool CZoHTTPComunicator::PerformHop(Exchange& exchange)
-{
-    ClearErrors();
-    std::wstring url;
-    std::wstring host;
-    if (!FindTarget(exchange, url, host) || !OpenSession() || !RequireConnection(exchange.grace))
-        return false;
-    const ConnectionPtr connection = Connect(host, exchange.port);
-    if (!connection)
-        return false;
-    const RequestPtr request = OpenRequest(*connection, exchange, url, host);
-    if (!request)
-    {
-        Close(*connection);
-        return false;
-    }
-    request->AddRequestHeaders(FormatHeaders(), platform::headerAdd | platform::headerReplace);
-    if (Send(*request, exchange))
-    {
-        platform::SetLastSystemError(0);
-        ReportProgress(0.0);
-        const std::uint32_t status = request->QueryStatusCode();
-        if (IsFollowed(status))
-        {
-            std::wstring location = QueryTarget(*request, url);
-            Close(*request);
-            Close(*connection);
-            return TakeRedirect(url, host, std::move(location), exchange);
-        }
-        ReceiveAnswer(*request, status, exchange);
-    }
-    Close(*request);
-    ReportEnd();
-    Close(*connection);
-    return false;
-}
-
-void CZoHTTPComunicator::ClearErrors() noexcept
-{
-    cancelled = false;
-    errorCode = 0;
-    errorDetail = 0;
-    platform::SetLastSystemError(0);
-}
-
-bool CZoHTTPComunicator::FindTarget(const Exchange& exchange, std::wstring& url, std::wstring& host)
-{
-    if (exchange.url.empty())
-        TraceMessage(errorLevel, L"HTTPCOM: empty URL");
-    else if (url = NormalizeUrl(exchange.url, {}); !FindHost(url, host))
-        TraceMessage(errorLevel, L"HTTPCOM: inncorrect URL %s", url);
-    if (host.empty())
-        errorCode = 2;
-    return !host.empty();
-}
-
-bool CZoHTTPComunicator::RequireConnection(platform::CStopGrace& grace)
-{
-    if (!grace.IsOver() && CheckConnection())
-        return true;
-    TraceMessage(errorLevel, L"HTTPCOM: ERROR CheckConnection");
-    errorCode = 3;
-    errorDetail = platform::GetLastSystemError();
-    return false;
-}
-
-CZoHTTPComunicator::ConnectionPtr CZoHTTPComunicator::Connect(const std::wstring& host,
-                                                              std::uint16_t port)
-try
-{
-    return session->GetHttpConnection(host, port,
-                                      platform::internetExistingConnect | platform::internetSecure);
-}
-catch (const CInternetException& failure)
-{
-    RecordFailure(failure.error, L"HTTPCOM: Error GetHttpConnection");
-    return nullptr;
-}
-
-CZoHTTPComunicator::RequestPtr CZoHTTPComunicator::OpenRequest(CHttpConnection& connection,
-                                                               const Exchange& exchange,
-                                                               const std::wstring& url,
-                                                               const std::wstring& host)
-try
-{
-    return connection.OpenRequest(exchange.verb, GetObjectPath(url, host), url, context,
-                                  platform::internetSecure | platform::internetNoAutoRedirect);
-}
-catch (const CInternetException& failure)
-{
-    RecordFailure(failure.error, L"HTTPCOM: Error OpenRequest");
-    return nullptr;
-}
-
-std::wstring CZoHTTPComunicator::FormatHeaders() const
-{
-    const VnCriticalSectionLock lock(headerLock);
-    return text::FormatText(L"Accept: %s\r\nContent-Type: %s\r\nUser-Agent: %s\r\n",
-                            MakeHeaderValue(accept), MakeHeaderValue(contentType),
-                            MakeHeaderValue(agent));
-}
-
-bool CZoHTTPComunicator::Send(CHttpFile& request, Exchange& exchange)
-try
-{
-    FailIfOver(exchange.grace);
-    if (!exchange.body.empty())
-        return Upload(request, exchange);
-    request.SendRequest();
-    return true;
-}
-catch (const CInternetException& failure)
-{
-    RecordFailure(failure.error, L"HTTPCOM: Error SendRequest");
-    return false;
-}
-
-bool CZoHTTPComunicator::Upload(CHttpFile& request, Exchange& exchange)
-{
-    const std::size_t length = exchange.body.size();
-    request.SendRequestEx(length);
-    for (std::size_t sent = 0; sent < length && !cancelled;)
-    {
-        FailIfOver(exchange.grace);
-        const std::string_view piece = exchange.body.substr(sent, uploadPiece);
-        request.Write(piece.data(), piece.size());
-        sent += uploadPiece;
-        ReportProgress(std::min(1.0, static_cast<double>(sent) / static_cast<double>(length)));
-    }
-    if (cancelled)
-    {
-        request.Abort();
-        return false;
-    }
-    FailIfOver(exchange.grace);
-    request.EndRequest();
-    ReportProgress(1.0);
-    return true;
-}
-
-// --- its answer --------------------------------------------------------------------------------
-
-void CZoHTTPComunicator::ReceiveAnswer(CHttpFile& request, std::uint32_t status, Exchange& exchange)
-{
-    if (status != statusDone)
-    {
-        TraceMessage(errorLevel, L"HTTPCOM: Error HTTP Status %d", status);
-        errorCode = static_cast<std::int32_t>(status);
-        errorDetail = status;
-    }
-    ReceiveBody(request, exchange);
-}
-
-void CZoHTTPComunicator::ReceiveBody(CHttpFile& request, Exchange& exchange)
-{
-    const std::uint32_t declared = request.QueryContentLength();
-    const auto isWanted = [&](std::size_t received) {
-        const bool complete = declared != 0 && received >= declared;
-        const bool aborted = exchange.abortFlag != nullptr && *exchange.abortFlag;
-        return !complete && !aborted && !cancelled && received < bodyLimit &&
-               !exchange.grace.IsOver();
-    };
-    CBodyBlocks body;
-    char piece[readPiece];
-    for (int emptyReads = 0; emptyReads < emptyReadLimit && isWanted(body.GetSize());)
-    {
-        const std::size_t count = ReadPiece(request, piece);
-        emptyReads = count > 0 ? 0 : emptyReads + 1;
-        if (count == 0)
-            continue;
-        body.Append(piece, count);
-        ReportProgress(declared == 0 ? std::numeric_limits<double>::infinity()
-                                     : static_cast<double>(body.GetSize()) / declared * 100);
-    }
-    exchange.content = body.Join();
-}
-
-std::size_t CZoHTTPComunicator::ReadPiece(CHttpFile& request, char* piece)
-try
-{
-    return request.Read(piece, readPiece);
-}
-catch (const CInternetException& failure)
-{
-    TraceMessage(errorLevel, L"HTTPCOM: Error read content %d", failure.error);
-    errorCode = static_cast<std::int32_t>(failure.error);
-    return 0;
-}
-
-bool CZoHTTPComunicator::TakeRedirect(const std::wstring& current, const std::wstring& host,
-                                      std::wstring location, Exchange& exchange)
-{
-    location = UpgradeScheme(std::move(location));
-    if (IsSameUrl(location, current))
-    {
-        TraceMessage(errorLevel, L"HTTPCOM: Security Error Redir problem %s", current);
-        errorCode = 6;
-        errorDetail = platform::GetLastSystemError();
-        ReportEnd();
-        return false;
-    }
-    exchange.url = location.empty() ? location : NormalizeUrl(std::move(location), host);
-    return true;
 }
 
 // --- session, connection, progress -------------------------------------------------------------
@@ -439,17 +196,20 @@ catch (...)
     return false;
 }
 
-template <class Handle>
-void CZoHTTPComunicator::Close(Handle& handle)
-try
+void CZoHTTPComunicator::ClearErrors() noexcept
 {
-    handle.Close();
+    cancelled = false;
+    errorCode = 0;
+    errorDetail = 0;
+    platform::SetLastSystemError(0);
 }
-catch (const CInternetException& failure)
+
+std::wstring CZoHTTPComunicator::FormatHeaders() const
 {
-    TraceMessage(errorLevel, L"HTTPCOM: Exception %d", failure.error);
-    errorCode = 4;
-    errorDetail = failure.error;
+    const VnCriticalSectionLock lock(headerLock);
+    return text::FormatText(L"Accept: %s\r\nContent-Type: %s\r\nUser-Agent: %s\r\n",
+                            MakeHeaderValue(accept), MakeHeaderValue(contentType),
+                            MakeHeaderValue(agent));
 }
 
 void CZoHTTPComunicator::ReportProgress(double progress)
@@ -466,14 +226,6 @@ void CZoHTTPComunicator::ReportEnd()
         progressCallback(100.0, progressContext);
     if (progressValue != nullptr)
         *progressValue = 0;
-}
-
-void CZoHTTPComunicator::RecordFailure(std::uint32_t internetError,
-                                       std::wstring_view trace) noexcept
-{
-    TraceMessage(errorLevel, trace);
-    errorCode = 3;
-    errorDetail = internetError;
 }
 
 void CZoHTTPComunicator::RecordUnforeseen() noexcept

@@ -2,7 +2,6 @@
 
 #include "net/HttpAddress.h"
 #include "platform/Internet.h"
-#include "platform/StopGrace.h"
 #include "platform/StopSignal.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
 
@@ -92,43 +91,13 @@ public:
     std::uint32_t errorDetail = 0;
 
 private:
-    // One call of PerformRequest on its way along a chain of redirects.
-    struct Exchange
-    {
-        std::string& content;
-        std::wstring& url;
-        const wchar_t* verb;
-        std::string_view body; // empty unless the verb is POST
-        std::uint16_t port;
-        const std::atomic<bool>* abortFlag;
-        platform::CStopGrace grace;
-    };
-    using RequestPtr = std::unique_ptr<platform::CHttpFile>;
-    using ConnectionPtr = std::unique_ptr<platform::CHttpConnection>;
+    friend class CHttpExchange; // one call of PerformRequest
 
-    // Performs one request of the chain; true when its answer leads to another one.
-    bool PerformHop(Exchange& exchange);
     void ClearErrors() noexcept;
-    bool FindTarget(const Exchange& exchange, std::wstring& url, std::wstring& host);
-    bool RequireConnection(platform::CStopGrace& grace);
-    ConnectionPtr Connect(const std::wstring& host, std::uint16_t port);
-    RequestPtr OpenRequest(platform::CHttpConnection& connection, const Exchange& exchange,
-                           const std::wstring& url, const std::wstring& host);
     std::wstring FormatHeaders() const;
-    bool Send(platform::CHttpFile& request, Exchange& exchange);
-    bool Upload(platform::CHttpFile& request, Exchange& exchange);
-    void ReceiveAnswer(platform::CHttpFile& request, std::uint32_t status, Exchange& exchange);
-    void ReceiveBody(platform::CHttpFile& request, Exchange& exchange);
-    std::size_t ReadPiece(platform::CHttpFile& request, char* piece);
-    bool TakeRedirect(const std::wstring& current, const std::wstring& host, std::wstring location,
-                      Exchange& exchange);
-
     std::unique_ptr<platform::CInternetSession> CreateSession();
-    template <class Handle>
-    void Close(Handle& handle);
     void ReportProgress(double progress);
     void ReportEnd();
-    void RecordFailure(std::uint32_t internetError, std::wstring_view trace) noexcept;
     void RecordUnforeseen() noexcept;
 
     std::unique_ptr<platform::CInternetSession> session;
