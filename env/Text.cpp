@@ -2,14 +2,13 @@
 
 #include "net/Md5.h"
 #include "platform/SystemFacts.h"
-#include "text/StandardText.h"
+#include "text/CodePages.h"
+#include "zotracker/vnosal/VnAString.h"
 
 #include <algorithm>
 #include <limits>
 
 namespace env {
-
-using VnOSAL::VnAString;
 
 namespace {
 
@@ -31,28 +30,23 @@ void AppendEscape(std::wstring& query, std::uint16_t unit)
         query += L"0123456789ABCDEF"[(unit >> shift) & 0xF];
 }
 
-std::wstring Decode(std::string_view bytes, std::uint32_t codePage)
-{
-    return text::ToStandard(VnAString::FromBytes(bytes, codePage).ToString());
-}
-
 } // namespace
 
 std::string Utf16ToUtf8(std::wstring_view text)
 {
-    return text::ToStandard(VnAString(text, VnOSAL::codePageUtf8));
+    return text::EncodeBytes(text, VnOSAL::codePageUtf8);
 }
 
 std::wstring Utf8ToUtf16(std::string_view bytes)
 {
     constexpr std::size_t refusedLength = 65'533;
-    std::wstring text = Decode(bytes, VnOSAL::codePageUtf8);
+    std::wstring text = text::DecodeBytes(bytes, VnOSAL::codePageUtf8);
     return text.size() == refusedLength ? AnsiToUtf16(bytes) : text;
 }
 
 std::wstring AnsiToUtf16(std::string_view bytes)
 {
-    return Decode(bytes, platform::GetAnsiCodePage());
+    return text::DecodeBytes(bytes, platform::GetAnsiCodePage());
 }
 
 void AppendQueryText(std::wstring& query, std::wstring_view text, bool keepAlphanumerics)

@@ -1,6 +1,7 @@
 #include "platform/Url.h"
 
-#include "text/StandardText.h"
+#include "text/CodePages.h"
+#include "zotracker/vnosal/VnAString.h"
 
 #include <algorithm>
 
@@ -116,8 +117,8 @@ std::wstring EscapeObject(std::wstring_view object)
         const std::size_t start = i;
         while (i < object.size() && !stays(i)) // whole runs keep surrogate pairs together
             ++i;
-        AppendPercentEncoded(escaped, text::ToStandard(VnOSAL::VnAString(
-                                          object.substr(start, i - start), VnOSAL::codePageUtf8)));
+        AppendPercentEncoded(
+            escaped, text::EncodeBytes(object.substr(start, i - start), VnOSAL::codePageUtf8));
         if (i < object.size())
             escaped += object[i++];
     }

@@ -2,11 +2,13 @@
 
 #include "platform/Files.h"
 #include "platform/ProfileFile.h"
+#include "platform/ProfileSection.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/State.h"
 #include "tests/simulated/SystemFacts.h"
-#include "tests/simulated/UpperCase.h"
-#include "text/StandardText.h"
+#include "text/Case.h"
+#include "text/CodePages.h"
+#include "text/Units.h"
 
 #include <algorithm>
 #include <cwctype>
@@ -24,47 +26,18 @@ constexpr std::string_view utf16Mark = "\xFF\xFE";
 
 using Lines = std::vector<std::wstring>;
 
-std::wstring Trim(const std::wstring& text)
-{
-    const auto isBlank = [](wchar_t unit) { return unit <= L' '; };
-    const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
-    const auto last = std::find_if_not(text.rbegin(), text.rend(), isBlank).base();
-    return first < last ? std::wstring(first, last) : std::wstring();
-}
-
-std::wstring FoldName(const std::wstring& name) { return UpperCase(Trim(name)); }
-
-bool IsUtf16(const std::string& bytes) { return bytes.starts_with(utf16Mark); }
-
-std::wstring DecodeProfile(const std::string& bytes)
-{
-    if (!IsUtf16(bytes))
-        return text::ToStandard(VnOSAL::VnAString::FromBytes(bytes, ansiCodePage).ToString());
-    std::wstring text;
-    for (std::size_t i = utf16Mark.size(); i + 1 < bytes.size(); i += 2)
-        text += static_cast<wchar_t>(static_cast<unsigned char>(bytes[i]) |
-                                     static_cast<unsigned char>(bytes[i + 1]) << 8);
-    return text;
-}
-
 std::string EncodeProfile(const std::wstring& text, bool asUtf16)
 {
     if (!asUtf16)
-        return text::ToStandard(VnOSAL::VnAString(text, ansiCodePage));
-    std::string bytes(utf16Mark);
-    for (const wchar_t unit : text)
-    {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8 & 0xFF);
-    }
-    return bytes;
+        return text::EncodeBytes(text, ansiCodePage);
+    const auto units = text::EncodeUnits(text);
+    return std::string(utf16Mark).append(units.begin(), units.end());
 }
 
 Lines SplitLines(const std::wstring& text)
 {
     Lines lines;
-    std::size_t begin = 0;
-    while (begin < text.size())
+    for (std::size_t begin = 0; begin < text.size();)
     {
         const std::size_t end = std::min(text.find_first_of(L"\r\n", begin), text.size());
         lines.push_back(text.substr(begin, end - begin));
@@ -73,97 +46,60 @@ Lines SplitLines(const std::wstring& text)
     return lines;
 }
 
-std::wstring JoinLines(const Lines& lines)
+bool Begins(const std::wstring& line, const std::wstring& section)
 {
-    std::wstring text;
-    for (const std::wstring& line : lines)
-        text += line + L"\r\n";
-    return text;
+    const auto name = platform::ReadProfileHeader(line);
+    return name && text::EqualIgnoringCase(*name, section);
 }
 
-// The folded name of the section that a line opens.
-std::optional<std::wstring> SectionOf(const std::wstring& line)
+bool Sets(const std::wstring& line, const std::wstring& key)
 {
-    const std::wstring trimmed = Trim(line);
-    const std::size_t end = trimmed.rfind(L']');
-    if (!trimmed.starts_with(L'[') || end == trimmed.npos)
-        return std::nullopt;
-    return FoldName(trimmed.substr(1, end - 1));
+    std::wstring_view name;
+    std::wstring_view value;
+    return platform::ReadProfileEntry(line, name, value) && text::EqualIgnoringCase(name, key);
 }
 
-// The range of the lines below the first section of that name.
-using Range = std::pair<std::size_t, std::size_t>;
-std::optional<Range> FindSection(const Lines& lines, const std::wstring& section)
+std::wstring Trim(const std::wstring& name)
 {
-    std::size_t begin = 0;
-    while (begin < lines.size() && SectionOf(lines[begin]) != FoldName(section))
-        ++begin;
-    if (begin == lines.size())
-        return std::nullopt;
-    std::size_t end = ++begin;
-    while (end < lines.size() && !SectionOf(lines[end]))
-        ++end;
-    return Range(begin, end);
-}
-
-// The index of the first line in a range that gives the key a value; the range's end when there is
-// none.
-std::size_t FindKey(const Lines& lines, Range range, const std::wstring& key)
-{
-    const auto sets = [&key](const std::wstring& line) {
-        const std::size_t sign = line.find(L'=');
-        return sign != line.npos && FoldName(line.substr(0, sign)) == FoldName(key);
-    };
-    while (range.first < range.second && !sets(lines[range.first]))
-        ++range.first;
-    return range.first;
-}
-
-std::wstring Unquote(const std::wstring& value)
-{
-    const bool quoted = value.size() >= 2 && (value.front() == L'"' || value.front() == L'\'') &&
-                        value.front() == value.back();
-    return quoted ? value.substr(1, value.size() - 2) : value;
+    return std::wstring(*platform::ReadProfileHeader(L"[" + name + L"]"));
 }
 
 std::optional<std::wstring> FindValue(const std::wstring& section, const std::wstring& key,
                                       const std::wstring& path)
 {
-    const auto bytes = ReadFileBytes(path);
-    if (!bytes)
-        return std::nullopt;
-    const Lines lines = SplitLines(DecodeProfile(*bytes));
-    const auto range = FindSection(lines, section);
-    if (!range)
-        return std::nullopt;
-    const std::size_t found = FindKey(lines, *range, key);
-    if (found == range->second)
-        return std::nullopt;
-    return Unquote(Trim(lines[found].substr(lines[found].find(L'=') + 1)));
+    const std::wstring text = platform::DecodeProfile(ReadFileBytes(path).value_or(""));
+    platform::CProfileSection entries(text, Trim(section));
+    for (std::wstring_view name, value; entries.TakeEntry(name, value);)
+        if (text::EqualIgnoringCase(name, Trim(key)))
+            return std::wstring(value);
+    return std::nullopt;
 }
 
 void SetValue(Lines& lines, const std::wstring& section, const std::wstring& key,
               const std::wstring& value)
 {
-    const std::wstring line = Trim(key) + L"=" + value;
-    const auto range = FindSection(lines, section);
-    if (!range)
+    const std::wstring set = key + L"=" + value;
+    auto line = std::find_if(lines.begin(), lines.end(),
+                             [&](const std::wstring& one) { return Begins(one, section); });
+    if (line == lines.end())
     {
-        lines.insert(lines.end(), {L"[" + Trim(section) + L"]", line});
+        lines.insert(lines.end(), {L"[" + section + L"]", set});
         return;
     }
-    const std::size_t found = FindKey(lines, *range, key);
-    if (found < range->second)
-        lines[found] = line;
+    line = std::find_if(line + 1, lines.end(), [&](const std::wstring& one) {
+        return Sets(one, key) || platform::ReadProfileHeader(one);
+    });
+    if (line != lines.end() && Sets(*line, key))
+        *line = set;
     else
-        lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(found), line);
+        lines.insert(line, set);
 }
 
 // A number as the system's RtlUnicodeStringToInteger reads it: blanks, a sign, a prefix for the
 // base 2, 8 or 16, digits; it wraps at 32 bits.
 std::int32_t ParseInteger(const std::wstring& value)
 {
-    std::wstring text = Trim(value);
+    std::wstring text = value;
     const bool negative = text.starts_with(L'-');
     if (negative || text.starts_with(L'+'))
         text.erase(0, 1);
@@ -221,8 +157,11 @@ bool WriteProfileText(const std::wstring& section, const std::wstring& key,
     held->push_back({path, 0});
     const std::string bytes = ReadFileBytes(path).value_or("");
     Lines lines = SplitLines(DecodeProfile(bytes));
-    SetValue(lines, section, key, value);
-    return ReplaceFileContents(path, EncodeProfile(JoinLines(lines), IsUtf16(bytes)));
+    SetValue(lines, Trim(section), Trim(key), value);
+    std::wstring text;
+    for (const std::wstring& line : lines)
+        text += line + L"\r\n";
+    return ReplaceFileContents(path, EncodeProfile(text, bytes.starts_with(utf16Mark)));
 }
 
 } // namespace platform

@@ -1,8 +1,9 @@
 #include "trackers/classic/OldHistory.h"
 
-#include "env/ProfileSection.h"
 #include "env/Text.h"
 #include "platform/Files.h"
+#include "platform/ProfileSection.h"
+#include "text/Case.h"
 
 #include <algorithm>
 #include <string_view>
@@ -25,7 +26,7 @@ bool ReadNumberedKey(std::wstring_view key, std::wstring_view name, std::size_t 
                      std::size_t& number)
 {
     constexpr std::size_t maxDigits = 9;
-    if (key.size() <= name.size() || !env::IsSameProfileName(key.substr(0, name.size()), name))
+    if (key.size() <= name.size() || !text::EqualIgnoringCase(key.substr(0, name.size()), name))
         return false;
     key.remove_prefix(name.size());
     if (key.size() > maxDigits || key.find_first_not_of(L"0123456789") != key.npos ||
@@ -48,14 +49,14 @@ std::vector<EventCount> ReadOldHistory(const std::wstring& path, std::uint64_t l
     std::string bytes;
     if (!platform::ReadWholeFile(path, limit, bytes))
         return {};
-    const std::wstring text = env::DecodeProfile(bytes);
+    const std::wstring text = platform::DecodeProfile(bytes);
     std::vector<OldEntry> entries(text.size() / smallestEntry);
     std::wstring_view length;
-    env::CProfileSection section(text, L"HISTORY");
+    platform::CProfileSection section(text, L"HISTORY");
     for (std::wstring_view key, value; section.TakeEntry(key, value);)
     {
         std::size_t number = 0;
-        if (env::IsSameProfileName(key, L"COUNT"))
+        if (text::EqualIgnoringCase(key, L"COUNT"))
             KeepFirst(length, value);
         else if (ReadNumberedKey(key, L"FP", entries.size(), number))
             KeepFirst(entries[number].fingerprint, value);

@@ -1,4 +1,4 @@
-#include "env/ProfileSection.h"
+#include "platform/ProfileSection.h"
 #include "env/ProfileText.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/Registry.h"
@@ -356,8 +356,8 @@ TEST_F(HistoryTest, SectionsReadAsTheSystemReadsThem)
                               "\n\n\tK=second\n;c=no\n c2 = = x = \n\"q\"=\"\"\n"
                               "lone\n[sec2\nopen=[1]\nlast=z\n[more]\nk=after\n[SEC]\nk=again\n";
     simulated::PutFile(oldFile, bytes);
-    const std::wstring text = env::DecodeProfile(bytes);
-    env::CProfileSection section(text, L"sec");
+    const std::wstring text = platform::DecodeProfile(bytes);
+    platform::CProfileSection section(text, L"sec");
     std::map<std::wstring, std::wstring> found;
     for (std::wstring_view key, value; section.TakeEntry(key, value);)
         found.emplace(key == L"K" ? L"k" : key, value);
