@@ -58,6 +58,12 @@ void AppendQueryText(std::wstring& query, std::wstring_view text, bool keepAlpha
             AppendEscape(query, static_cast<std::uint16_t>(unit));
 }
 
+void AppendEncoded(std::wstring& query, std::wstring_view key, std::wstring_view value)
+{
+    query += key;
+    AppendQueryText(query, value, true);
+}
+
 std::wstring EncodeQueryText(std::wstring_view text, bool keepAlphanumerics)
 {
     std::wstring query;

@@ -23,7 +23,10 @@ std::wstring AnsiToUtf16(std::string_view bytes);
 // RFC 3986 do not get these back.
 void AppendQueryText(std::wstring& query, std::wstring_view text, bool keepAlphanumerics);
 
-// The same as a text of its own.
+// Appends `key` as it stands and `value` encoded, letters and digits kept.
+void AppendEncoded(std::wstring& query, std::wstring_view key, std::wstring_view value);
+
+// The encoded text as a text of its own.
 std::wstring EncodeQueryText(std::wstring_view text, bool keepAlphanumerics);
 
 // The MD5 digest of the text's UTF-8 bytes before its first zero unit, as 32 lower-case

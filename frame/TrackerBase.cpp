@@ -1,5 +1,6 @@
 #include "frame/TrackerBase.h"
 
+#include "env/FileSystem.h"
 #include "env/InstallConfig.h"
 #include "frame/Hits.h"
 
@@ -16,9 +17,38 @@ constexpr std::wstring_view OrEmpty(const wchar_t* text)
 
 } // namespace
 
-CTrackerBase::CTrackerBase(CWorkerThread::Entry entry, std::wstring_view threadName)
-    : worker(entry, this, threadName, &noCrashReporting)
+CTrackerBase::CTrackerBase(std::wstring_view threadName)
+    : worker(&RunTracker, this, threadName, &noCrashReporting)
 {}
+
+std::uint32_t CTrackerBase::RunTracker(ThreadParam* parameter) noexcept
+{
+    auto* const tracker = dynamic_cast<CTrackerBase*>(parameter);
+    if (tracker == nullptr)
+        return 0;
+    try
+    {
+        tracker->RunWorker();
+    }
+    catch (...)
+    {
+        tracker->queue.Close();
+    }
+    return 0;
+}
+
+void CTrackerBase::Initialize(const wchar_t* hostPath) noexcept
+{
+    Guard([&] {
+        if (hostPath != nullptr && env::PathExists(hostPath))
+            ReadConfigurationOf(hostPath);
+    });
+}
+
+void CTrackerBase::SetProductName(TrackerText name) noexcept
+{
+    Guard([&] { ChooseProductName(std::wstring(name.View())); });
+}
 
 void CTrackerBase::TrackPageview() noexcept
 {

@@ -38,17 +38,29 @@ public:
     void TrackEventEx(TrackerText category, TrackerText action, TrackerText label,
                       TrackerText value, TrackerText page, bool onceOnly) noexcept final;
     void TrackMessage(TrackerText text) noexcept final;
+    void Initialize(const wchar_t* hostPath) noexcept final;
+    void SetProductName(TrackerText name) noexcept final;
 
     // The name under which hits go out just now. Any thread.
     std::wstring GetProductName() const;
 
 protected:
     // Throws CSystemException when the system has no event left.
-    CTrackerBase(CWorkerThread::Entry entry, std::wstring_view threadName);
+    explicit CTrackerBase(std::wstring_view threadName);
     ~CTrackerBase() override = default;
 
     // Appends a hit; a tracker may let others lead it in.
     virtual void QueueHit(const HitView& hit) { queue.Append(hit); }
+
+    // The worker's routine: takes hits until a stop is requested. A worker that fails, for want of
+    // memory, closes its queue.
+    virtual void RunWorker() = 0;
+
+    // What Initialize() asks for, with the path of a host that exists.
+    virtual void ReadConfigurationOf(const std::wstring& hostPath) = 0;
+
+    // Takes the name under which hits go out from now on; the configured one for an empty name.
+    virtual void ChooseProductName(std::wstring name) = 0;
 
     // Runs `operation`; whatever fails in it is dropped, so that the host never sees it.
     template <class Operation>
@@ -62,18 +74,26 @@ protected:
         {}
     }
 
-    // The entry routine of a tracker's worker thread: runs the tracker that `parameter` is. A
-    // worker that fails, for want of memory, closes its queue.
-    template <class Tracker>
-    static std::uint32_t RunTrackerWorker(ThreadParam* parameter) noexcept
-    {
-        if (auto* const tracker = dynamic_cast<Tracker*>(parameter))
-            tracker->RunGuarded([tracker] { tracker->RunWorker(); });
-        return 0;
-    }
-
     // Where the system has no thread, the queue is closed.
     void StartWorker();
+
+    // Until a stop finds the queue empty: hands the hits to `process`, in order and until it says
+    // false, calls `endRound` and waits. Ends, too, when `endRound` says false.
+    template <class Process, class EndRound>
+    void DrainInRounds(Process process, EndRound endRound)
+    {
+        for (;;)
+        {
+            TrackingHit hit = queue.Take();
+            if (hit.type == EHitType::None && stop.IsRequested())
+                return;
+            while (hit.type != EHitType::None && process(hit))
+                hit = queue.Take();
+            if (!endRound())
+                return;
+            stop.Wait(idlePause);
+        }
+    }
 
     // Asks the worker to finish and waits for it.
     void StopWorker() noexcept;
@@ -97,18 +117,7 @@ protected:
     std::wstring productName; // guarded by productLock
 
 private:
-    template <class Work>
-    void RunGuarded(Work&& work) noexcept
-    {
-        try
-        {
-            work();
-        }
-        catch (...)
-        {
-            queue.Close();
-        }
-    }
+    static std::uint32_t RunTracker(ThreadParam* parameter) noexcept;
 
     // Queues an event; one without a page gets the product's name as its page.
     void QueueEvent(HitView event);

@@ -156,7 +156,7 @@ std::unique_ptr<CInternetSession> CZoHTTPComunicator::CreateSession()
     if (!platform::GetConnectedState(stop, error))
     {
         TraceMessage(errorLevel, L"HTTPCOM: Error GetConnectedState %d", error);
-        errorCode = 1;
+        errorCode = httpNoConnection;
         errorDetail = error;
         return nullptr;
     }
@@ -232,7 +232,7 @@ void CZoHTTPComunicator::RecordUnforeseen() noexcept
 {
     errorDetail = platform::GetLastSystemError();
     TraceMessage(errorLevel, L"HTTPCOM: Exception SendRequest");
-    errorCode = 5;
+    errorCode = httpUnforeseen;
 }
 
 } // namespace net

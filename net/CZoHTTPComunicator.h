@@ -13,6 +13,14 @@
 
 namespace net {
 
+// What `errorCode` says where it is neither an HTTP status nor a WinINet error number.
+inline constexpr std::int32_t httpNoConnection = 1;
+inline constexpr std::int32_t httpNoAddress = 2;
+inline constexpr std::int32_t httpNotSent = 3;
+inline constexpr std::int32_t httpNotClosed = 4;
+inline constexpr std::int32_t httpUnforeseen = 5;
+inline constexpr std::int32_t httpRedirectedInPlace = 6;
+
 // A small HTTPS client: one request at a time over one internet session. It follows 301 and 302
 // itself, with the same verb and body, and returns the body of the final answer.
 //

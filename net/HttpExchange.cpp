@@ -105,7 +105,7 @@ bool CHttpExchange::FindTarget()
     else if (url = NormalizeUrl(request.url, {}); !FindHost(url, host))
         TraceMessage(errorLevel, L"HTTPCOM: inncorrect URL %s", url);
     if (host.empty())
-        client.errorCode = 2;
+        client.errorCode = httpNoAddress;
     return !host.empty();
 }
 
@@ -114,7 +114,7 @@ bool CHttpExchange::RequireConnection()
     if (!grace.IsOver() && client.CheckConnection())
         return true;
     TraceMessage(errorLevel, L"HTTPCOM: ERROR CheckConnection");
-    client.errorCode = 3;
+    client.errorCode = httpNotSent;
     client.errorDetail = platform::GetLastSystemError();
     return false;
 }
@@ -237,7 +237,7 @@ bool CHttpExchange::TakeRedirect(std::wstring location)
     if (IsSameUrl(location, url))
     {
         TraceMessage(errorLevel, L"HTTPCOM: Security Error Redir problem %s", url);
-        client.errorCode = 6;
+        client.errorCode = httpRedirectedInPlace;
         client.errorDetail = platform::GetLastSystemError();
         client.ReportEnd();
         return false;
@@ -257,7 +257,7 @@ try
 catch (const CInternetException& failure)
 {
     TraceMessage(errorLevel, L"HTTPCOM: Exception %d", failure.error);
-    client.errorCode = 4;
+    client.errorCode = httpNotClosed;
     client.errorDetail = failure.error;
 }
 
@@ -270,7 +270,7 @@ void CHttpExchange::FailIfOver()
 void CHttpExchange::RecordFailure(std::uint32_t internetError, std::wstring_view trace) noexcept
 {
     TraceMessage(errorLevel, trace);
-    client.errorCode = 3;
+    client.errorCode = httpNotSent;
     client.errorDetail = internetError;
 }
 

@@ -107,17 +107,15 @@ TEST_F(FrameTest, WorkerThreadCallsTheCrashReportingLibraryOnItsThread)
 class CFailingTracker final : public CTrackerBase
 {
 public:
-    CFailingTracker() : CTrackerBase(&Run, L"name") { StartWorker(); }
+    CFailingTracker() : CTrackerBase(L"name") { StartWorker(); }
     ~CFailingTracker() override { StopWorker(); }
 
     void SetTrackingEnabled(bool) noexcept override {}
-    void Initialize(const wchar_t*) noexcept override {}
     void DisableIdlePageviews(bool) noexcept override {}
     void SetContinueSession(bool) noexcept override {}
     void TrackPurchase(TrackerText, TrackerText, double, TrackerText,
                        std::int32_t) noexcept override
     {}
-    void SetProductName(TrackerText) noexcept override {}
 
     bool KeepsHits()
     {
@@ -126,12 +124,9 @@ public:
     }
 
 private:
-    friend CTrackerBase;
-    static std::uint32_t Run(ThreadParam* parameter)
-    {
-        return RunTrackerWorker<CFailingTracker>(parameter);
-    }
-    [[noreturn]] void RunWorker() { throw std::bad_alloc(); }
+    [[noreturn]] void RunWorker() override { throw std::bad_alloc(); }
+    void ReadConfigurationOf(const std::wstring&) override {}
+    void ChooseProductName(std::wstring) override {}
 };
 
 TEST_F(FrameTest, WithoutAWorkerNoHitIsKept)

@@ -1,6 +1,5 @@
 #include "trackers/classic/CZoTracker.h"
 
-#include "env/FileSystem.h"
 #include "env/InstallConfig.h"
 #include "env/ModuleVersion.h"
 #include "env/ProductUserId.h"
@@ -34,7 +33,7 @@ constexpr const wchar_t* defaultLanguage = L"en_II";
 CZoTracker::CZoTracker(const std::wstring& productNameOverride,
                        const std::wstring& companyFolderWordOverride,
                        const std::wstring& trackingIdOverride)
-    : CTrackerBase(&TrackingThreadFunction, L"CZoTracker::TrackingThreadFunction"),
+    : CTrackerBase(L"CZoTracker::TrackingThreadFunction"),
       companyFolderWord(companyFolderWordOverride.empty() ? defaultCompanyFolder
                                                           : companyFolderWordOverride),
       showTraceBalloon(GetInstallConfigInt(L"install", L"TrackingTraceBalloon", 0) == 1),
@@ -77,14 +76,6 @@ void CZoTracker::SetTrackingEnabled(bool enable) noexcept
     Guard([&] { SwitchInstallTracking(enable, true); });
 }
 
-void CZoTracker::Initialize(const wchar_t* hostPath) noexcept
-{
-    Guard([&] {
-        if (hostPath != nullptr && env::PathExists(hostPath))
-            ReadConfigurationOf(hostPath);
-    });
-}
-
 void CZoTracker::ReadConfigurationOf(const std::wstring& hostPath)
 {
     const std::wstring configPath = frame::FindConfigBeside(hostPath);
@@ -103,11 +94,6 @@ void CZoTracker::ReadConfigurationOf(const std::wstring& hostPath)
     const VnCriticalSectionLock lock(productLock);
     productName = name.empty() ? next.hostProductName : std::move(name);
     configuration = std::move(next);
-}
-
-void CZoTracker::SetProductName(TrackerText name) noexcept
-{
-    Guard([&] { ChooseProductName(std::wstring(name.View())); });
 }
 
 void CZoTracker::ChooseProductName(std::wstring name)
@@ -156,11 +142,6 @@ void CZoTracker::QueueHit(const frame::HitView& hit)
         const VnCriticalSectionLock lock(productLock); // always behind the queue's
         firstHit.Lead(led, hit.type, configuration.client.phash);
     });
-}
-
-std::uint32_t CZoTracker::TrackingThreadFunction(frame::ThreadParam* parameter)
-{
-    return RunTrackerWorker<CZoTracker>(parameter);
 }
 
 } // namespace trackers

@@ -33,16 +33,12 @@ public:
     ~CZoTracker() override;
 
     void SetTrackingEnabled(bool enable) noexcept override;
-    void Initialize(const wchar_t* hostPath) noexcept override;
     void DisableIdlePageviews(bool disable) noexcept override { idlePageviewsDisabled = disable; }
     void SetContinueSession(bool keep) noexcept override { continueSession = keep; }
     void TrackPurchase(TrackerText itemName, TrackerText itemCode, double unitPrice,
                        TrackerText orderId, std::int32_t quantity) noexcept override;
-    void SetProductName(TrackerText name) noexcept override;
 
 private:
-    friend frame::CTrackerBase;
-
     // What Initialize() may change while the worker is at work.
     struct Configuration
     {
@@ -54,12 +50,10 @@ private:
         std::uint32_t startTick = 0; // milliseconds
     };
 
-    static std::uint32_t TrackingThreadFunction(frame::ThreadParam* parameter);
-
     // Sends the hits in order, each at most twice; after the second failure of one hit nothing is
     // sent any more in this run, but hits are still counted. A pageview keeps an idle session
     // alive. At the end the hit in hand is finished.
-    void RunWorker();
+    void RunWorker() override;
     void ProcessQueue(platform::CInternetSession& session);
 
     // False when the hit is an event for once only that has occurred before; it is counted then,
@@ -78,8 +72,8 @@ private:
                              const Configuration& current) const;
 
     void QueueHit(const frame::HitView& hit) override;
-    void ReadConfigurationOf(const std::wstring& hostPath);
-    void ChooseProductName(std::wstring name);
+    void ReadConfigurationOf(const std::wstring& hostPath) override;
+    void ChooseProductName(std::wstring name) override;
     Configuration GetConfiguration() const;
 
     const std::wstring companyFolderWord;

@@ -8,6 +8,7 @@
 
 namespace trackers {
 
+using env::AppendEncoded;
 using frame::EHitType;
 using frame::TrackingHit;
 
@@ -19,12 +20,6 @@ template <class... Pieces>
 void Append(std::wstring& url, const Pieces&... pieces)
 {
     (url.append(pieces), ...);
-}
-
-void AppendEncoded(std::wstring& url, std::wstring_view key, std::wstring_view value)
-{
-    url += key;
-    env::AppendQueryText(url, value, true);
 }
 
 // The server expects extension expressions in capitals, their escapes and texts alike.

@@ -1,6 +1,5 @@
 #include "trackers/kpi/CZoTrackerPiWik.h"
 
-#include "env/FileSystem.h"
 #include "env/InstallConfig.h"
 #include "env/ModuleVersion.h"
 #include "env/SystemDescription.h"
@@ -28,8 +27,7 @@ constexpr const wchar_t* noSite = L"0";
 
 } // namespace
 
-CZoTrackerPiWik::CZoTrackerPiWik()
-    : CTrackerBase(&TrackingThreadFunction, L"CZoTrackerPiWik::TrackingThreadFunction")
+CZoTrackerPiWik::CZoTrackerPiWik() : CTrackerBase(L"CZoTrackerPiWik::TrackingThreadFunction")
 {
     client.endpoint = OpenQuery(GetInstallConfigString(L"web", L"PIWIKURL", defaultEndpoint));
     client.siteId = GetInstallConfigString(L"install", L"kpisite", L"1");
@@ -53,14 +51,6 @@ void CZoTrackerPiWik::SetTrackingEnabled(bool enable) noexcept
     Guard([&] { SwitchInstallTracking(enable, client.siteId != noSite); });
 }
 
-void CZoTrackerPiWik::Initialize(const wchar_t* hostPath) noexcept
-{
-    Guard([&] {
-        if (hostPath != nullptr && env::PathExists(hostPath))
-            ReadConfigurationOf(hostPath);
-    });
-}
-
 void CZoTrackerPiWik::ReadConfigurationOf(const std::wstring& hostPath)
 {
     const std::wstring configPath = frame::FindConfigBeside(hostPath);
@@ -75,11 +65,6 @@ void CZoTrackerPiWik::ReadConfigurationOf(const std::wstring& hostPath)
     }
     std::wstring name = ReadConfiguredProductName(configPath);
     ChooseProductName(name.empty() ? env::GetFileProductName(hostPath) : std::move(name));
-}
-
-void CZoTrackerPiWik::SetProductName(TrackerText name) noexcept
-{
-    Guard([&] { ChooseProductName(std::wstring(name.View())); });
 }
 
 void CZoTrackerPiWik::ChooseProductName(std::wstring name)
@@ -102,24 +87,16 @@ void CZoTrackerPiWik::TrackPurchase(TrackerText, TrackerText, double, TrackerTex
     });
 }
 
-std::uint32_t CZoTrackerPiWik::TrackingThreadFunction(frame::ThreadParam* parameter)
-{
-    return RunTrackerWorker<CZoTrackerPiWik>(parameter);
-}
-
 void CZoTrackerPiWik::RunWorker()
 {
     const auto session = frame::OpenDeliverySession(GetProductName(), stop);
-    for (;;)
-    {
-        TrackingHit hit = queue.Take();
-        if (hit.type == EHitType::None && stop.IsRequested())
-            return;
-        for (; hit.type != EHitType::None; hit = queue.Take())
+    DrainInRounds(
+        [&](const TrackingHit& hit) {
             if (IsTrackingEnabled())
                 Process(session.get(), hit);
-        stop.Wait(frame::idlePause);
-    }
+            return true;
+        },
+        [] { return true; });
 }
 
 void CZoTrackerPiWik::Process(CInternetSession* session, const TrackingHit& hit)

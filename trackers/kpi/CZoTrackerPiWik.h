@@ -19,22 +19,16 @@ public:
     ~CZoTrackerPiWik() override;
 
     void SetTrackingEnabled(bool enable) noexcept override;
-    void Initialize(const wchar_t* hostPath) noexcept override;
     void DisableIdlePageviews(bool) noexcept override {}
     void SetContinueSession(bool) noexcept override {}
     void TrackPurchase(TrackerText itemName, TrackerText itemCode, double unitPrice,
                        TrackerText orderId, std::int32_t quantity) noexcept override;
-    void SetProductName(TrackerText name) noexcept override;
 
 private:
-    friend frame::CTrackerBase;
-
-    static std::uint32_t TrackingThreadFunction(frame::ThreadParam* parameter);
-
     // Sends the hits in order, each at most twice. After the second failure of one hit nothing is
     // sent any more, but hits are still taken, so that the queue does not grow. At the end the
     // queue is emptied without pauses.
-    void RunWorker();
+    void RunWorker() override;
     void Process(platform::CInternetSession* session, const frame::TrackingHit& hit);
 
     std::wstring BuildKpiRequestUrl(const frame::TrackingHit& hit) const;
@@ -42,8 +36,8 @@ private:
     // One attempt; true when the server's answer could be opened.
     bool SendKpiRequest(platform::CInternetSession* session, const std::wstring& url) const;
 
-    void ChooseProductName(std::wstring name);
-    void ReadConfigurationOf(const std::wstring& hostPath);
+    void ChooseProductName(std::wstring name) override;
+    void ReadConfigurationOf(const std::wstring& hostPath) override;
 
     KpiClient client;           // language and phash guarded by productLock
     bool sendingFailed = false; // the worker's only

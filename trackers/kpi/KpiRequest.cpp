@@ -6,13 +6,9 @@
 
 namespace trackers {
 
-namespace {
+using env::AppendEncoded;
 
-void AppendEncoded(std::wstring& url, std::wstring_view key, std::wstring_view value)
-{
-    url += key;
-    env::AppendQueryText(url, value, true);
-}
+namespace {
 
 void AppendEvent(std::wstring& url, const frame::TrackingHit& hit)
 {

@@ -31,21 +31,17 @@ constexpr const wchar_t* defaultEndpoint = L"https://" ZO_UA_HOST L"/collect";
 constexpr std::chrono::milliseconds pauseBetweenHits{50};
 constexpr std::uint32_t roundsBetweenPageviews = 100; // of about 2 seconds when idle
 
-// Results of the communicator.
-constexpr std::int32_t noSystemConnection = 1;
-constexpr std::int32_t noInternet = 3;
-constexpr std::int32_t unforeseen = 5;
-
 constexpr bool IsDelivered(std::int32_t errorCode)
 {
-    return errorCode != noSystemConnection && errorCode != noInternet && errorCode != unforeseen;
+    return errorCode != net::httpNoConnection && errorCode != net::httpNotSent &&
+           errorCode != net::httpUnforeseen;
 }
 
 } // namespace
 
 CZoTrackerUA::CZoTrackerUA(const std::wstring& name, const std::wstring&,
                            const std::wstring& wantedTrackingId)
-    : CTrackerBase(&TrackingThreadFunction, L"CZoTrackerUA::TrackingThreadFunction"),
+    : CTrackerBase(L"CZoTrackerUA::TrackingThreadFunction"),
       hostPath(env::GetApplicationFilePath()),
       productUserId(env::GetProductUserId(L"")),
       hostVersion(env::GetApplicationProductVersion())
@@ -82,23 +78,14 @@ CZoTrackerUA::Configuration CZoTrackerUA::ReadConfiguration(const std::wstring& 
     return read;
 }
 
-void CZoTrackerUA::Initialize(const wchar_t* newHostPath) noexcept
+void CZoTrackerUA::ReadConfigurationOf(const std::wstring& newHostPath)
 {
-    Guard([&] {
-        if (newHostPath != nullptr && env::PathExists(newHostPath))
-            UseHost(newHostPath);
-        BuildUserAgent();
-    });
-}
-
-void CZoTrackerUA::UseHost(const std::wstring& path)
-{
-    std::wstring newConfigPath = frame::GetConfigPathBeside(path);
+    std::wstring newConfigPath = frame::GetConfigPathBeside(newHostPath);
     std::optional<Configuration> read;
     if (env::PathExists(newConfigPath))
         read = ReadConfiguration(newConfigPath);
     const VnCriticalSectionLock lock(productLock);
-    hostPath = path;
+    hostPath = newHostPath;
     configPath = std::move(newConfigPath);
     if (!read)
         return;
@@ -116,11 +103,6 @@ void CZoTrackerUA::SetTrackingEnabled(bool enable) noexcept
         env::SetInstallConfigString(L"UA", L"Enabled", enable ? L"1" : L"0");
         env::SetInstallConfigString(L"install", L"tracking", enable ? L"1" : L"0");
     });
-}
-
-void CZoTrackerUA::SetProductName(TrackerText name) noexcept
-{
-    Guard([&] { ChooseProductName(std::wstring(name.View())); });
 }
 
 void CZoTrackerUA::ChooseProductName(std::wstring name)
@@ -191,53 +173,38 @@ std::wstring CZoTrackerUA::BuildHitPayload(const TrackingHit& hit)
 
 // --- the worker --------------------------------------------------------------------------------
 
-std::uint32_t CZoTrackerUA::TrackingThreadFunction(frame::ThreadParam* parameter)
-{
-    return RunTrackerWorker<CZoTrackerUA>(parameter);
-}
-
 void CZoTrackerUA::RunWorker()
 {
-    std::uint32_t rounds = 0; // since the last look at being idle
-    for (;;)
-    {
-        TrackingHit hit = queue.Take();
-        if (hit.type == EHitType::None && stop.IsRequested())
-            break;
-        ++rounds;
-        for (; hit.type != EHitType::None; hit = queue.Take())
-        {
+    DrainInRounds(
+        [this](const TrackingHit& hit) {
             if (!IsTrackingEnabled())
-                break;
-            if (!Process(hit))
-                return queue.Close();
-        }
-        if (rounds >= roundsBetweenPageviews && !stop.IsRequested())
-        {
-            KeepAlive();
-            rounds = 0;
-        }
-        stop.Wait(frame::idlePause);
-    }
+                return false;
+            Process(hit);
+            return !gaveUp;
+        },
+        [this] {
+            if (++rounds >= roundsBetweenPageviews && !stop.IsRequested())
+                KeepAlive();
+            return !gaveUp;
+        });
+    if (gaveUp)
+        return queue.Close();
     communicator.CloseSession();
 }
 
-bool CZoTrackerUA::Process(const TrackingHit& hit)
+void CZoTrackerUA::Process(const TrackingHit& hit)
 {
     if (!closing.MaySend())
-    {
-        queue.Clear();
-        return true;
-    }
+        return queue.Clear();
     const bool dropped = suppressStatsEvents && frame::IsStatsEvent(hit);
     const std::wstring payload = dropped ? std::wstring() : BuildHitPayload(hit);
-    if (!payload.empty() && !Deliver(payload))
-        return false;
-    stop.Wait(pauseBetweenHits);
-    return true;
+    if (!payload.empty())
+        Deliver(payload);
+    if (!gaveUp)
+        stop.Wait(pauseBetweenHits);
 }
 
-bool CZoTrackerUA::Deliver(const std::wstring& payload)
+void CZoTrackerUA::Deliver(const std::wstring& payload)
 {
     std::wstring url;
     {
@@ -248,12 +215,13 @@ bool CZoTrackerUA::Deliver(const std::wstring& payload)
     communicator.PostContent(std::move(url), env::Utf16ToUtf8(payload), -1, 0, false);
     closing.NoteDelivery(IsDelivered(communicator.errorCode));
     const bool wasWithout = sentWithoutConnection;
-    sentWithoutConnection = communicator.errorCode == noSystemConnection;
-    return !wasWithout || !sentWithoutConnection;
+    sentWithoutConnection = communicator.errorCode == net::httpNoConnection;
+    gaveUp = wasWithout && sentWithoutConnection;
 }
 
 void CZoTrackerUA::KeepAlive()
 {
+    rounds = 0;
     if (!noIdlePageviews && IsTrackingEnabled())
         TrackPageview();
 }

@@ -21,7 +21,6 @@ public:
     ~CZoTrackerUA() override;
 
     void SetTrackingEnabled(bool enable) noexcept override;
-    void Initialize(const wchar_t* newHostPath) noexcept override;
     void DisableIdlePageviews(bool disable) noexcept override { noIdlePageviews = disable; }
     void SetContinueSession(bool continueSession) noexcept override
     {
@@ -29,14 +28,11 @@ public:
     }
     void TrackPurchase(TrackerText itemName, TrackerText itemCode, double unitPrice,
                        TrackerText orderId, std::int32_t quantity) noexcept override;
-    void SetProductName(TrackerText name) noexcept override;
 
     // The installation's identifier, found or made on first use.
     std::wstring GetClientId();
 
 private:
-    friend frame::CTrackerBase;
-
     // What the configuration file says.
     struct Configuration
     {
@@ -48,22 +44,19 @@ private:
         bool enabled = false;
     };
     static Configuration ReadConfiguration(const std::wstring& path);
-    void UseHost(const std::wstring& path);
+    void ReadConfigurationOf(const std::wstring& newHostPath) override;
 
-    void ChooseProductName(std::wstring name);
+    void ChooseProductName(std::wstring name) override;
     std::wstring FindProductName() const;
     void BuildUserAgent();
-
-    static std::uint32_t TrackingThreadFunction(frame::ThreadParam* parameter);
 
     // Sends the hits in order, each once. Two results in a row that say there is no connection at
     // all end delivery for good. After a long idle time a pageview keeps the session alive. At the
     // end the queue is emptied without pauses.
-    void RunWorker();
+    void RunWorker() override;
 
-    // Both are false when nothing more shall be sent for the tracker's life.
-    bool Process(const frame::TrackingHit& hit);
-    bool Deliver(const std::wstring& payload);
+    void Process(const frame::TrackingHit& hit);
+    void Deliver(const std::wstring& payload);
     void KeepAlive();
 
     void BuildCommonPayload();
@@ -80,8 +73,10 @@ private:
     std::atomic<bool> newSession{false};
     bool suppressStatsEvents = false; // constant
     net::CZoHTTPComunicator communicator{stop};
-    frame::CClosingPhase closing{stop}; // the worker's only, as the next
+    frame::CClosingPhase closing{stop}; // the worker's only, as the others below
     bool sentWithoutConnection = false; // the latest send
+    bool gaveUp = false;                // nothing more is sent for the tracker's life
+    std::uint32_t rounds = 0;           // since the last look at being idle
 };
 
 } // namespace trackers

@@ -6,16 +6,11 @@
 
 namespace trackers {
 
+using env::AppendEncoded;
 using frame::EHitType;
 using frame::TrackingHit;
 
 namespace {
-
-void AppendEncoded(std::wstring& payload, std::wstring_view key, std::wstring_view value)
-{
-    payload += key;
-    env::AppendQueryText(payload, value, true);
-}
 
 void AppendEncodedIfAny(std::wstring& payload, std::wstring_view key, std::wstring_view value)
 {
@@ -32,7 +27,7 @@ void AppendRawIfAny(std::wstring& payload, std::wstring_view key, std::wstring_v
 void AppendPagePath(std::wstring& payload, std::wstring_view page)
 {
     AppendEncoded(payload, L"&dp=", L"/");
-    env::AppendQueryText(payload, page, true);
+    AppendEncoded(payload, L"", page);
 }
 
 void AppendPageview(std::wstring& payload, std::wstring_view page)
