@@ -2,6 +2,8 @@
 
 #include "platform/ModuleState.h"
 
+#include <algorithm>
+
 extern "C" IMAGE_DOS_HEADER __ImageBase; // the linker's name for the start of this module
 
 namespace platform {
@@ -16,6 +18,10 @@ constexpr ULONG tryOnly = 2;
 constexpr ULONG acquired = 1; // disposition
 
 constexpr DWORD pauseBetweenTries = 2; // milliseconds
+
+// How long to go on trying once a stop is requested: threads that begin and end hold the lock for
+// moments, and a call that is not started is a lost hit.
+constexpr std::chrono::milliseconds patienceAfterStop{250};
 
 constinit LockFunction lockLoader = nullptr;
 constinit UnlockFunction unlockLoader = nullptr;
@@ -95,8 +101,9 @@ HMODULE TryTakeModuleReference(std::chrono::milliseconds patience, const CStopSi
     {
         if (const HMODULE module = TryTakeModuleReference())
             return module;
-        const bool late = ::GetTickCount64() - start >= static_cast<ULONGLONG>(patience.count());
-        if (late || stop.IsRequested() || GetModuleState() != EModuleState::Running)
+        const auto limit = stop.IsRequested() ? std::min(patience, patienceAfterStop) : patience;
+        const bool late = ::GetTickCount64() - start >= static_cast<ULONGLONG>(limit.count());
+        if (late || GetModuleState() != EModuleState::Running)
             return nullptr;
         ::Sleep(pauseBetweenTries);
     }

@@ -16,8 +16,8 @@ void FindLoaderFunctions() noexcept;
 // Takes a reference, waiting for the loader's lock. Null when the loader refuses. Not for workers.
 HMODULE TakeModuleReference() noexcept;
 
-// Takes a reference as soon as the loader's lock is free, at most for `patience` and only once
-// after a stop. Null when the time is over or the module is being unloaded.
+// Takes a reference as soon as the loader's lock is free, at most for `patience` and for a
+// quarter of a second after a stop. Null when the time is over or the module is being unloaded.
 //
 // Whoever holds the loader's lock may be unloading the module and waiting for this very thread. So
 // the lock is tried, never waited for: a thread that waited for it could not be ended either, for
