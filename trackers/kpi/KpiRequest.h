@@ -13,7 +13,7 @@ struct KpiClient
     std::wstring endpoint; // absolute https address, ends in "?" or "&"
     std::wstring siteId;
     std::wstring userAgent;
-    std::wstring siteAddress; // the maker's web site, without scheme
+    std::wstring siteAddress; // the maker's web site
     std::wstring language;    // "de-us", or as configured
     std::wstring phash;       // campaign name
     std::wstring kpiSource;   // campaign keyword
