@@ -1,7 +1,7 @@
 #include "env/RegistryValues.h"
 
-#include "env/Text.h"
 #include "platform/Files.h"
+#include "text/Decimal.h"
 #include "text/Format.h"
 #include "text/Units.h"
 
@@ -97,7 +97,7 @@ std::uint32_t RegReadDword(const platform::CRegistryKey& openKey, const std::wst
     if (type == platform::registryDword)
         return ReadNumber(openKey, valueName);
     if (type == platform::registrySz)
-        return static_cast<std::uint32_t>(ReadDecimal(ReadText(openKey, valueName)));
+        return static_cast<std::uint32_t>(text::ReadDecimal(ReadText(openKey, valueName)));
     return 0;
 }
 

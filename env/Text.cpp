@@ -5,9 +5,6 @@
 #include "text/CodePages.h"
 #include "zotracker/vnosal/VnAString.h"
 
-#include <algorithm>
-#include <limits>
-
 namespace env {
 
 namespace {
@@ -73,31 +70,5 @@ std::wstring EncodeQueryText(std::wstring_view text, bool keepAlphanumerics)
 }
 
 std::wstring Md5OfText(std::wstring_view text) { return net::Md5Hex(Utf16ToUtf8(text).c_str()); }
-
-std::int32_t ReadDecimal(std::wstring_view text)
-{
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(ReadDecimal64(text), Limits::min(), Limits::max()));
-}
-
-std::int64_t ReadDecimal64(std::wstring_view text)
-{
-    constexpr std::uint64_t largest = std::numeric_limits<std::int64_t>::max();
-    const std::size_t start = text.find_first_not_of(L" \t\n\v\f\r");
-    text.remove_prefix(std::min(start, text.size()));
-    const bool negative = text.starts_with(L'-');
-    if (negative || text.starts_with(L'+'))
-        text.remove_prefix(1);
-
-    const std::uint64_t limit = negative ? largest + 1 : largest;
-    std::uint64_t magnitude = 0;
-    for (; !text.empty() && text[0] >= L'0' && text[0] <= L'9'; text.remove_prefix(1))
-    {
-        const auto digit = static_cast<std::uint64_t>(text[0] - L'0');
-        magnitude = magnitude > (limit - digit) / 10 ? limit : magnitude * 10 + digit;
-    }
-    return static_cast<std::int64_t>(negative ? 0 - magnitude : magnitude);
-}
 
 } // namespace env

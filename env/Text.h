@@ -33,10 +33,4 @@ std::wstring EncodeQueryText(std::wstring_view text, bool keepAlphanumerics);
 // hexadecimal digits.
 std::wstring Md5OfText(std::wstring_view text);
 
-// The integer that a text begins with, as the runtime's _wtoi and _wtoi64 read it: white space, a
-// sign, decimal digits, the rest is ignored. 0 when there is none; the nearest limit when it does
-// not fit.
-std::int32_t ReadDecimal(std::wstring_view text);
-std::int64_t ReadDecimal64(std::wstring_view text);
-
 } // namespace env

@@ -1,6 +1,6 @@
 #include "frame/Hits.h"
 
-#include "env/Text.h"
+#include "text/Decimal.h"
 
 namespace frame {
 
@@ -13,7 +13,7 @@ constexpr std::wstring_view OrUnknown(std::wstring_view text)
 
 bool IsEventValue(std::wstring_view value)
 {
-    return value.empty() || value == L"0" || env::ReadDecimal(value) != 0;
+    return value.empty() || value == L"0" || text::ReadDecimal(value) != 0;
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "text/Format.h"
 
-#include "text/RealDigits.h"
+#include "vnosal/NumberText.h"
 
 #include <algorithm>
 #include <array>
@@ -61,18 +61,12 @@ Conversion TakeConversion(std::wstring_view& format)
 void AppendDigits(std::wstring& text, const Conversion& conversion, std::uint64_t magnitude,
                   bool negative)
 {
-    const std::uint64_t base = conversion.letter == L'x' || conversion.letter == L'X' ? 16 : 10;
-    const wchar_t* const glyphs =
-        conversion.letter == L'X' ? L"0123456789ABCDEF" : L"0123456789abcdef";
+    const bool isHexadecimal = conversion.letter == L'x' || conversion.letter == L'X';
     std::array<wchar_t, std::numeric_limits<std::uint64_t>::digits10 + 1> buffer;
-    std::size_t first = buffer.size();
-    do
-    {
-        buffer[--first] = glyphs[magnitude % base];
-        magnitude /= base;
-    } while (magnitude != 0);
-
-    const std::wstring_view digits(buffer.data() + first, buffer.size() - first);
+    wchar_t* const end = buffer.data() + buffer.size();
+    const wchar_t* const first = VnOSAL::WriteDigits(end, magnitude, isHexadecimal ? 16 : 10,
+                                                     conversion.letter == L'X' ? 'A' : 'a');
+    const std::wstring_view digits(first, static_cast<std::size_t>(end - first));
     const std::size_t taken = digits.size() + (negative ? 1 : 0);
     const std::size_t padding = conversion.width > taken ? conversion.width - taken : 0;
     std::size_t zeros = conversion.zeroPadded ? padding : 0;
@@ -98,23 +92,12 @@ void AppendInteger(std::wstring& text, const Conversion& conversion, std::uint64
 void AppendReal(std::wstring& text, const Conversion& conversion, double value)
 {
     if (std::isnan(value))
-    {
-        text += L"nan";
-        return;
-    }
-    if (std::signbit(value))
-        text += L'-';
-    if (std::isinf(value))
-    {
-        text += L"inf";
-        return;
-    }
-    const std::size_t precision = conversion.precision.value_or(6);
-    const std::wstring digits = MakeRealDigits(value, precision);
-    const std::size_t whole = digits.size() - precision;
-    text.append(digits, 0, whole);
-    if (precision > 0)
-        text.append(L".").append(digits, whole);
+        value = std::fabs(value); // without the sign that the runtime may give it
+    std::array<char, std::numeric_limits<double>::max_exponent10 + countLimit + 8> buffer;
+    const int precision = static_cast<int>(conversion.precision.value_or(6));
+    const std::size_t length =
+        VnOSAL::WriteDouble(buffer.data(), buffer.size(), value, 'f', precision, false);
+    text.append(buffer.data(), buffer.data() + length);
 }
 
 void AppendArgument(std::wstring& text, const Conversion& conversion,

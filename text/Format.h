@@ -6,7 +6,10 @@
 #include <string>
 #include <string_view>
 
-// Formatting in the manner of printf, but safe and the same in every locale of the host.
+// Formatting in the manner of printf, but safe and the same in every locale of the host. It stands
+// beside VnString::Format, which takes what a C call hands over: here the compiler sends the kind
+// of each argument along, so that a wrong format prints nothing instead of reading what is not
+// there.
 namespace text {
 
 // One value of a FormatText call. Refers to text that must outlive the call.
@@ -58,8 +61,8 @@ private:
 //   %d %u %x %X    the low 32 bits of an integer: signed, unsigned, hexadecimal
 //   %ld %lu %lx    the same; a long has 32 bits
 //   %I64d %I64u    all 64 bits
-//   %f             a number with a decimal point in every locale, rounded from its exact value to
-//                  nearest, ties to even; "inf", "-inf" or "nan" when it is not finite
+//   %f             a number with a decimal point in every locale, rounded as the C runtime does;
+//                  "inf", "-inf" or "nan" when it is not finite
 //   %%             a percent sign
 //
 // Integers take the flag 0, a width and a precision, %f takes a precision, each at most 99. A

@@ -1,5 +1,7 @@
 #include "text/Units.h"
 
+#include "vnosal/Surrogates.h"
+
 namespace text {
 
 namespace {
@@ -7,6 +9,14 @@ namespace {
 constexpr std::size_t unitSize = 2; // bytes
 
 } // namespace
+
+void AppendCharacter(std::wstring& units, std::uint32_t character)
+{
+    if (character <= 0xFFFF)
+        units += static_cast<wchar_t>(character);
+    else
+        units += {VnOSAL::HighSurrogate(character), VnOSAL::LowSurrogate(character)};
+}
 
 std::vector<std::uint8_t> EncodeUnits(std::wstring_view units)
 {

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <cwchar>
 
+// The whole of printf, for arguments of a C call. The module formats by text::FormatText, which
+// knows the kind of each argument; what the two share are the digits of numbers (NumberText.h).
 namespace VnOSAL {
 namespace {
 

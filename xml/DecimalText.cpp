@@ -2,10 +2,7 @@
 
 #include "text/Decimal.h"
 
-#include <charconv>
-#include <limits>
 #include <string>
-#include <system_error>
 
 namespace xml {
 
@@ -15,20 +12,6 @@ std::string_view SkipWhiteSpace(std::string_view text)
 {
     const std::size_t begin = text.find_first_not_of(" \t\n\v\f\r");
     return begin == text.npos ? std::string_view() : text.substr(begin);
-}
-
-template <class TInteger>
-TInteger ReadLeading(std::string_view text)
-{
-    text = SkipWhiteSpace(text);
-    if (text.starts_with('+') && !text.starts_with("+-"))
-        text.remove_prefix(1);
-    TInteger result = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
-    if (error != std::errc::result_out_of_range)
-        return result;
-    using Limits = std::numeric_limits<TInteger>;
-    return text.starts_with('-') ? Limits::min() : Limits::max();
 }
 
 // Moves the digits at the front of `rest` to the end of `number`. False when there are none.
@@ -61,10 +44,6 @@ std::string ReadExponent(std::string_view rest)
 }
 
 } // namespace
-
-std::int32_t ReadInteger(std::string_view text) { return ReadLeading<std::int32_t>(text); }
-
-std::int64_t ReadInteger64(std::string_view text) { return ReadLeading<std::int64_t>(text); }
 
 double ReadNumber(std::string_view text)
 {

@@ -3,6 +3,7 @@
 #include "env/Text.h"
 #include "platform/Files.h"
 #include "text/Case.h"
+#include "text/Decimal.h"
 #include "xml/DecimalText.h"
 #include "xml/TrimSpaces.h"
 #include "xml/XmlEscaping.h"
@@ -265,8 +266,8 @@ void SimpleXMLElement::StoreValue(std::string_view newValue)
         newValue.remove_prefix(end + 1);
     }
     value.append(newValue);
-    valueAsInteger = ReadInteger(value);
-    valueAsInteger64 = ReadInteger64(value);
+    valueAsInteger = text::ReadDecimal(value);
+    valueAsInteger64 = text::ReadDecimal64(value);
     valueAsNumber = ReadNumber(value);
 }
 

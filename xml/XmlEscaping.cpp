@@ -1,5 +1,7 @@
 #include "xml/XmlEscaping.h"
 
+#include "text/Units.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -89,17 +91,6 @@ Reference ReadReference(std::wstring_view text)
     return {codePoint, length + 1};
 }
 
-void AppendCodePoint(std::wstring& text, std::uint32_t codePoint)
-{
-    if (codePoint <= 0xFFFF)
-    {
-        text += static_cast<wchar_t>(codePoint);
-        return;
-    }
-    text += static_cast<wchar_t>(0xD800 + ((codePoint - 0x10000) >> 10));
-    text += static_cast<wchar_t>(0xDC00 + ((codePoint - 0x10000) & 0x3FF));
-}
-
 std::wstring ReplaceReferences(std::wstring_view text)
 {
     std::wstring replaced;
@@ -109,7 +100,7 @@ std::wstring ReplaceReferences(std::wstring_view text)
         if (reference.length == 0)
             replaced += text.front();
         else
-            AppendCodePoint(replaced, reference.codePoint);
+            text::AppendCharacter(replaced, reference.codePoint);
         text.remove_prefix(std::max<std::size_t>(reference.length, 1));
     }
     return replaced;

@@ -2,6 +2,7 @@
 #include "platform/TraceMessage.h"
 #include "tests/simulated/DebugOutput.h"
 #include "tests/simulated/Simulated.h"
+#include "text/Decimal.h"
 
 #include <gtest/gtest.h>
 
@@ -80,8 +81,8 @@ TEST_F(TextTest, ReadsLeadingDecimals)
     };
     for (const auto& c : cases)
     {
-        EXPECT_EQ(env::ReadDecimal(c.text), c.number) << c.text;
-        EXPECT_EQ(env::ReadDecimal64(c.text), c.wide) << c.text;
+        EXPECT_EQ(text::ReadDecimal(c.text), c.number) << c.text;
+        EXPECT_EQ(text::ReadDecimal64(c.text), c.wide) << c.text;
     }
 }
 

@@ -1,9 +1,9 @@
 #include "trackers/classic/OldHistory.h"
 
-#include "env/Text.h"
 #include "platform/Files.h"
 #include "platform/ProfileSection.h"
 #include "text/Case.h"
+#include "text/Decimal.h"
 
 #include <algorithm>
 #include <string_view>
@@ -32,7 +32,7 @@ bool ReadNumberedKey(std::wstring_view key, std::wstring_view name, std::size_t 
     if (key.size() > maxDigits || key.find_first_not_of(L"0123456789") != key.npos ||
         (key.size() > 1 && key.starts_with(L'0')))
         return false;
-    number = static_cast<std::size_t>(env::ReadDecimal(key));
+    number = static_cast<std::size_t>(text::ReadDecimal(key));
     return number < limit;
 }
 
@@ -64,11 +64,11 @@ std::vector<EventCount> ReadOldHistory(const std::wstring& path, std::uint64_t l
             KeepFirst(entries[number].count, value);
     }
     entries.resize(std::min<std::size_t>(
-        entries.size(), static_cast<std::size_t>(std::max(env::ReadDecimal(length), 0))));
+        entries.size(), static_cast<std::size_t>(std::max(text::ReadDecimal(length), 0))));
 
     std::vector<EventCount> history;
     for (const OldEntry& entry : entries)
-        if (const std::int32_t count = env::ReadDecimal(entry.count);
+        if (const std::int32_t count = text::ReadDecimal(entry.count);
             count >= 1 && !entry.fingerprint.empty())
             history.push_back({std::wstring(entry.fingerprint), count});
     return history;

@@ -1,7 +1,7 @@
 #include "trackers/classic/VisitorState.h"
 
-#include "env/Text.h"
 #include "platform/Clock.h"
+#include "text/Decimal.h"
 #include "text/Format.h"
 
 namespace trackers {
@@ -50,7 +50,7 @@ void CVisitorState::BeginNextSession(const CSessionStore& store)
     olderPreviousVisitTime = OrElse(store.GetSessionValue(L"LV"), visit.firstVisitTime);
     visit.previousVisitTime = OrElse(store.GetSessionValue(L"CV"), visit.firstVisitTime);
     visit.currentVisitTime = GetTimeText();
-    visit.sessionCount = FormatCount(std::int64_t{env::ReadDecimal(visit.sessionCount)} + 1);
+    visit.sessionCount = FormatCount(std::int64_t{text::ReadDecimal(visit.sessionCount)} + 1);
     StoreSessionStart(store);
 }
 
@@ -78,7 +78,7 @@ void CVisitorState::CountRequest(const CSessionStore& store, std::uint32_t start
     ++visit.hitNumber;
 
     visit.sessionHitNumber = store.GetSessionValue(L"PVC");
-    std::int64_t number = env::ReadDecimal(visit.sessionHitNumber);
+    std::int64_t number = text::ReadDecimal(visit.sessionHitNumber);
     if (number < 1)
     {
         number = 1;
@@ -93,7 +93,7 @@ void CVisitorState::RollBackSessionStart(const CSessionStore& store) const
     if (!hasBegun)
         return;
     store.SetSessionValue(L"SID",
-                          FormatCount(std::int64_t{env::ReadDecimal(visit.sessionCount)} - 1));
+                          FormatCount(std::int64_t{text::ReadDecimal(visit.sessionCount)} - 1));
     store.SetSessionValue(L"LV", olderPreviousVisitTime);
     store.SetSessionValue(L"CV", visit.previousVisitTime);
     store.SetSessionValue(L"PVC", L"1");

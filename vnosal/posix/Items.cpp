@@ -1,5 +1,6 @@
 #include "vnosal/FileSystem.h"
 
+#include "vnosal/SpecialFolders.h"
 #include "vnosal/posix/NativeName.h"
 
 #include <cerrno>
@@ -50,9 +51,14 @@ SystemError MoveItem(const VnString& from, const VnString& to, EReplace replace)
                                          : MoveWithoutReplacing(source, target);
 }
 
-// The system has no service that judges signatures.
+// What belongs to the Windows shell has no counterpart here.
+
+SystemError RecycleItem(const VnString&) noexcept { return NumberOf(EError::NotSupported); }
+
 ESignature VerifySignature(const VnString&) noexcept { return ESignature::CannotVerify; }
 
 VnString ResolveKnownFolder(const VnString&) noexcept { return {}; }
+
+VnString QuerySpecialFolder(int) noexcept { return {}; }
 
 } // namespace VnOSAL

@@ -128,7 +128,8 @@ public:
     VnResult Delete() const noexcept; // a file, a link or an empty folder
     VnResult DeleteTree(IVnProgress* progress = nullptr) const noexcept;
 
-    // To the user's recycle bin; NotSupported where there is none for the volume.
+    // To the user's recycle bin; NotSupported where there is none for the volume, and always
+    // elsewhere than on Windows.
     VnResult Recycle() const noexcept;
 
     // The Authenticode signature of an executable, as the system's policy judges it.

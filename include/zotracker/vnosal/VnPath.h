@@ -54,7 +54,7 @@ public:
     static VnPath FromFilePath(const VnPath& path) noexcept;
 
     // A shell special folder by its CSIDL number, without a separator at its end; empty when there
-    // is none. Elsewhere than on Windows the folders of the user's desktop environment.
+    // is none, and always elsewhere than on Windows.
     static VnPath GetSpecialFolder(int number) noexcept;
 
     const VnString& GetText() const noexcept { return text; }

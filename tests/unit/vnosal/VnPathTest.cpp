@@ -287,13 +287,4 @@ TEST(VnPath, KnowsDevicesAndValidNames)
     EXPECT_FALSE(VnPath::IsValidFileName(std::wstring(256, L'a')));
 }
 
-TEST(VnPath, FindsSpecialFolders)
-{
-    constexpr int localApplicationData = 0x1C;
-    const VnPath folder = VnPath::GetSpecialFolder(localApplicationData);
-    EXPECT_FALSE(folder.GetFileName().empty());
-    EXPECT_NE(folder.GetForm(), EPathForm::Relative);
-    EXPECT_TRUE(VnPath::GetSpecialFolder(0x7F).IsEmpty());
-}
-
 } // namespace

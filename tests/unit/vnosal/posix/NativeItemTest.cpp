@@ -15,28 +15,6 @@ namespace {
 using namespace VnOSAL;
 using vnosal_test::CTestFolder;
 
-// The trash as the freedesktop.org Trash standard describes it.
-TEST(VnFileSystemItem, RecyclesToTheTrash)
-{
-    const CTestFolder folder;
-    setenv("XDG_DATA_HOME", folder.NativeAt(L"data").c_str(), 1);
-    folder.WriteFile(L"a b%/f", "first");
-    EXPECT_TRUE(VnFileSystemItem(folder.At(L"a b%/f")).Recycle());
-    folder.WriteFile(L"a b%/f", "second");
-    EXPECT_TRUE(VnFileSystemItem(folder.At(L"a b%/f")).Recycle());
-    EXPECT_TRUE(VnFileSystemItem(folder.At(L"a b%/")).Recycle());
-    EXPECT_EQ(VnFileSystemItem(folder.At(L"a b%")).Recycle().GetKind(), EError::NotFound);
-    unsetenv("XDG_DATA_HOME");
-    EXPECT_EQ(folder.List(L"data/Trash"),
-              "files/ files/a b%/ files/f files/f.1 info/ "
-              "info/a b%.trashinfo info/f.1.trashinfo info/f.trashinfo");
-    EXPECT_EQ(folder.ReadFile(L"data/Trash/files/f.1"), "second");
-    const std::string info = folder.ReadFile(L"data/Trash/info/f.trashinfo");
-    const std::string expected =
-        "[Trash Info]\nPath=" + folder.NativeAt(L"a%20b%25/f").string() + "\nDeletionDate=2";
-    EXPECT_EQ(info.substr(0, expected.size()), expected);
-}
-
 // Deeper than a process may have files open, with paths longer than the system takes in one call.
 TEST(VnFileSystemItem, ReachesEveryDepth)
 {

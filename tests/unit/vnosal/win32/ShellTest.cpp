@@ -1,5 +1,6 @@
 #include "../PrintText.h"
-#include "zotracker/vnosal/VnPath.h"
+#include "../TestFolder.h"
+#include "zotracker/vnosal/VnFileSystemItem.h"
 
 #include <gtest/gtest.h>
 
@@ -26,6 +27,24 @@ TEST(VnPath, CompletesAsTheSystemDoes)
           L"//server/share/a/../..", L"\\\\.\\C:\\a\\..\\b", L"\\a", L"Q:\\a", L"nul",
           L"C:\\a\\b\\.", L"..\\..\\..\\..\\..\\..\\x"})
         EXPECT_EQ(VnPath(path).MakeAbsolute(current).GetText(), AskSystem(path)) << VnString(path);
+}
+
+TEST(VnPath, FindsSpecialFolders)
+{
+    constexpr int localApplicationData = 0x1C;
+    const VnPath folder = VnPath::GetSpecialFolder(localApplicationData);
+    EXPECT_FALSE(folder.GetFileName().empty());
+    EXPECT_NE(folder.GetForm(), EPathForm::Relative);
+    EXPECT_TRUE(VnPath::GetSpecialFolder(0x7F).IsEmpty());
+}
+
+TEST(VnFileSystemItem, RecyclesWhatThereIs)
+{
+    const vnosal_test::CTestFolder folder;
+    folder.WriteFile(L"f", "text");
+    EXPECT_TRUE(VnFileSystemItem(folder.At(L"f")).Recycle());
+    EXPECT_EQ(folder.List(L""), "");
+    EXPECT_EQ(VnFileSystemItem(folder.At(L"f")).Recycle().GetKind(), EError::NotFound);
 }
 
 } // namespace
