@@ -45,8 +45,8 @@ public:
 
 private:
     VnOSAL::VnCriticalSection queueLock;
-    CPackedHits hits;    // guarded by queueLock
-    bool closed = false; // guarded by queueLock
+    CPackedHits hits ZO_LOCKING(guarded_by(queueLock));
+    bool closed ZO_LOCKING(guarded_by(queueLock)) = false;
 };
 
 } // namespace frame

@@ -114,7 +114,7 @@ protected:
     CHitQueue queue;
     platform::CStopSignal stop;
     mutable VnOSAL::VnCriticalSection productLock;
-    std::wstring productName; // guarded by productLock
+    std::wstring productName ZO_LOCKING(guarded_by(productLock));
 
 private:
     static std::uint32_t RunTracker(ThreadParam* parameter) noexcept;

@@ -22,10 +22,12 @@ constexpr int lockTries = 2000;
 constexpr int endTries = 33;
 
 // Takes the lock within a bounded time; at the end of the process only when it is free.
-class CPatientLock
+class ZO_LOCKING(scoped_lockable) CPatientLock
 {
 public:
-    explicit CPatientLock(VnOSAL::VnCriticalSection& tried) : section(tried)
+    explicit CPatientLock(VnOSAL::VnCriticalSection& tried) ZO_LOCKING(acquire_capability(tried))
+        ZO_LOCKING(no_thread_safety_analysis)
+        : section(tried)
     {
         for (int i = 0; i < lockTries && !held; ++i)
         {
@@ -36,7 +38,7 @@ public:
             held = section.TryEnter();
         }
     }
-    ~CPatientLock()
+    ~CPatientLock() ZO_LOCKING(release_capability()) ZO_LOCKING(no_thread_safety_analysis)
     {
         if (held)
             section.Leave();

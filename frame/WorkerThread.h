@@ -54,14 +54,14 @@ private:
     static std::uint32_t Run(void* own) noexcept;
     EState CheckState() const;
     bool StartUnderLock();
-    void CloseEarlierThread();
+    void CloseEarlierThread() ZO_LOCKING(requires_capability(objectLock));
 
     const Entry entry;
     ThreadParam* const parameter;
     const std::wstring name;
     const CrashReporting* const crash;
     VnOSAL::VnCriticalSection objectLock;
-    platform::CThread thread; // guarded by objectLock
+    platform::CThread thread ZO_LOCKING(guarded_by(objectLock));
     std::atomic<EState> state{EState::Idle};
     std::atomic<std::uint32_t> progress{0};
 };

@@ -111,14 +111,14 @@ private:
     std::unique_ptr<platform::CInternetSession> session;
     std::atomic<bool> busy{false};
     std::atomic<bool> cancelled{false};
-    std::wstring contentType = L"text/plain; charset=utf-8"; // guarded by headerLock, as the next
-    std::wstring accept = L"*/*";
-    std::wstring agent = L"ZoHTTPComunicator";
     ProgressCallback progressCallback = nullptr;
     void* progressContext = nullptr;
     double* progressValue = nullptr;
     const platform::CStopSignal& stop;
     mutable VnOSAL::VnCriticalSection headerLock;
+    std::wstring contentType ZO_LOCKING(guarded_by(headerLock)) = L"text/plain; charset=utf-8";
+    std::wstring accept ZO_LOCKING(guarded_by(headerLock)) = L"*/*";
+    std::wstring agent ZO_LOCKING(guarded_by(headerLock)) = L"ZoHTTPComunicator";
 };
 
 } // namespace net

@@ -81,9 +81,9 @@ private:
     const bool dropStatsEvents;
     std::atomic<bool> idlePageviewsDisabled{false};
     std::atomic<bool> continueSession{false};
-    Configuration configuration;   // guarded by productLock
-    std::wstring sessionHitNumber; // guarded by productLock
-    CFirstHitRule firstHit;        // under the lock of the queue
+    Configuration configuration ZO_LOCKING(guarded_by(productLock));
+    std::wstring sessionHitNumber ZO_LOCKING(guarded_by(productLock));
+    CFirstHitRule firstHit; // under the lock of the queue
     CVisitHistory history;
 
     // The worker's only.

@@ -37,14 +37,14 @@ public:
     std::int32_t CountEventOccurrence(const frame::TrackingHit& hit);
 
 private:
-    void ImportOldFile();
-    void LoadFile();
+    void ImportOldFile() ZO_LOCKING(requires_capability(stateLock));
+    void LoadFile() ZO_LOCKING(requires_capability(stateLock));
 
     const std::wstring oldPath;
     const std::wstring path;
     VnOSAL::VnCriticalSection stateLock;
-    std::unique_ptr<xml::SimpleXMLElement> events; // guarded by stateLock
-    bool loaded = false;                           // guarded by stateLock
+    std::unique_ptr<xml::SimpleXMLElement> events ZO_LOCKING(guarded_by(stateLock));
+    bool loaded ZO_LOCKING(guarded_by(stateLock)) = false;
 };
 
 } // namespace trackers

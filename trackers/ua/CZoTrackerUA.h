@@ -47,7 +47,7 @@ private:
     void ReadConfigurationOf(const std::wstring& newHostPath) override;
 
     void ChooseProductName(std::wstring name) override;
-    std::wstring FindProductName() const;
+    std::wstring FindProductName() const ZO_LOCKING(requires_capability(productLock));
     void BuildUserAgent();
 
     // Sends the hits in order, each once. Two results in a row that say there is no connection at
@@ -62,10 +62,11 @@ private:
     void BuildCommonPayload();
     std::wstring BuildHitPayload(const frame::TrackingHit& hit);
 
-    Configuration configuration; // guarded by productLock, as the next three
-    std::wstring hostPath;
-    std::wstring configPath; // empty: the default configuration file
-    std::wstring clientId;
+    Configuration configuration ZO_LOCKING(guarded_by(productLock));
+    std::wstring hostPath ZO_LOCKING(guarded_by(productLock));
+    // Empty: the default configuration file.
+    std::wstring configPath ZO_LOCKING(guarded_by(productLock));
+    std::wstring clientId ZO_LOCKING(guarded_by(productLock));
     std::wstring productUserId; // constant, as the next two
     std::wstring hostVersion;
     std::wstring commonPayload; // what the tracker was configured with at its construction
