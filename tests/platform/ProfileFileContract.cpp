@@ -62,9 +62,7 @@ TEST_F(ProfileFile, ReadsValuesAsTextsAndNumbers)
     const wchar_t* const byDefault = L"  default"; // loses its trailing blanks
     const struct
     {
-        const wchar_t* section;
-        const wchar_t* key;
-        const wchar_t* text;
+        const wchar_t *section, *key, *text;
         std::int32_t number;
     } cases[] = {
         {L" a ", L" SPACED ", L"12abc", 12},

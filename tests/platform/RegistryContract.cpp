@@ -75,8 +75,7 @@ TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
         ERegistryRoot root;
         std::wstring subKey;
         ERegistryView created;
-        Views seen;
-        Views hidden;
+        Views seen, hidden;
     } cases[] = {
         {"class", ERegistryRoot::ClassesRoot, ownClass, View32, {View32}, {View64, Default}},
         {"class", ERegistryRoot::ClassesRoot, ownClass, Default, {View64, Default}, {View32}},

@@ -24,9 +24,7 @@ TEST_F(ConfigurationTest, FindsTheHostOnceItIsThere)
 {
     const struct
     {
-        const wchar_t* executable;
-        const wchar_t* folder;
-        const wchar_t* executableLater;
+        const wchar_t *executable, *folder, *executableLater;
     } cases[] = {
         {L"C:\\Program Files\\Suite\\App.exe", L"C:\\Program Files\\Suite\\",
          L"C:\\Program Files\\Suite\\App.exe"},
@@ -71,8 +69,7 @@ TEST_F(ConfigurationTest, DoublesItsBufferUntilTheValueFits)
 {
     const struct
     {
-        std::size_t length;
-        std::size_t found;
+        std::size_t length, found;
         std::vector<std::size_t> sizes;
     } cases[] = {
         {253, 253, {255}},

@@ -21,8 +21,7 @@ TEST(FormatText, WritesEachConversionAndLeavesOutWhatDoesNotFit)
         const double nan = std::numeric_limits<double>::quiet_NaN();
         const struct
         {
-            std::wstring formatted;
-            std::wstring expected;
+            std::wstring formatted, expected;
         } cases[] = {
             {FormatText(L"100%% %s/%s (%s)", L"a", std::wstring(L"b"), std::wstring_view(L"cd", 1)),
              L"100% a/b (c)"},

@@ -25,8 +25,7 @@ TEST(KpiUserId, OverlapsItsPieces)
         const char* what;
         std::uint32_t tick;
         std::int64_t time;
-        const wchar_t* name;
-        const wchar_t* expected;
+        const wchar_t *name, *expected;
     } cases[] = {
         {"five digits", 12345, 1500000000, L"AB", L"12345150006566656665666566656665"},
         {"last piece cut", 123456789, 1500000000, L"d", L"12345678915000000010010010010010"},

@@ -188,8 +188,7 @@ TEST(VnFileFind, MatchesPatterns)
 {
     const struct
     {
-        const wchar_t* name;
-        const wchar_t* pattern;
+        const wchar_t *name, *pattern;
         bool matches;
     } cases[] = {
         {L"abc", L"AB?", true},   {L"abc", L"a*", true},    {L"abc", L"*b", false},

@@ -18,10 +18,7 @@ TEST(VnPath, TakesPathsApart)
     {
         const wchar_t* path;
         EPathForm form;
-        const wchar_t* root;
-        const wchar_t* directory;
-        const wchar_t* title;
-        const wchar_t* extension;
+        const wchar_t *root, *directory, *title, *extension;
     } cases[] = {
         {L"", F::Empty, L"", L"", L"", L""},
         {L"a\\b/c", F::Relative, L"", L"a\\b", L"c", L""},
@@ -69,11 +66,7 @@ TEST(VnPath, PutsPartsTogether)
 {
     const struct
     {
-        const wchar_t* root;
-        const wchar_t* directory;
-        const wchar_t* title;
-        const wchar_t* extension;
-        const wchar_t* path;
+        const wchar_t *root, *directory, *title, *extension, *path;
     } cases[] = {
         {L"C:\\", L"a\\b", L"c", L".txt", L"C:\\a\\b\\c.txt"},
         {L"C:\\", L"", L"c", L"txt", L"C:\\c.txt"},
@@ -98,8 +91,7 @@ TEST(VnPath, Normalises)
 {
     const struct
     {
-        const wchar_t* path;
-        const wchar_t* normal;
+        const wchar_t *path, *normal;
     } cases[] = {
         {L"", L""},
         {L"a\\..\\", L"."},
@@ -132,9 +124,7 @@ TEST(VnPath, JoinsAndCompletes)
 {
     const struct
     {
-        const wchar_t* base;
-        const wchar_t* tail;
-        const wchar_t* joined;
+        const wchar_t *base, *tail, *joined;
         const wchar_t* absolute; // of the tail
     } cases[] = {
         {L"C:\\a\\", L"..\\b", L"C:\\a\\..\\b", L"C:\\b"},
@@ -165,8 +155,7 @@ TEST(VnPath, FindsTheWayFromAFolder)
 {
     const struct
     {
-        const wchar_t* path;
-        const wchar_t* base;
+        const wchar_t *path, *base;
         const wchar_t* way; // null when there is none
     } cases[] = {
         {L"C:\\a\\b", L"c:/A/", L"b"},
@@ -190,8 +179,7 @@ TEST(VnPath, ComparesAsTheFileSystemDoes)
 {
     const struct
     {
-        const wchar_t* left;
-        const wchar_t* right;
+        const wchar_t *left, *right;
         bool same;
     } cases[] = {
         {L"C:\\A\\b", L"c:/a/B/", true},
@@ -222,8 +210,7 @@ TEST(VnPath, PutsThePrefixForLongPathsOnAndOff)
     const std::wstring deep = L"C:\\a\\" + name + L"\\" + name;
     const struct
     {
-        std::wstring path;
-        std::wstring extended;
+        std::wstring path, extended;
         std::wstring plain; // of the extended one
     } cases[] = {
         {L"C:/a/./b", L"\\\\?\\C:\\a\\b", L"C:\\a\\b"},

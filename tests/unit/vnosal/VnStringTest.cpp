@@ -76,10 +76,8 @@ TEST(VnString, ComparesWithAndWithoutCase)
 {
     const struct
     {
-        const wchar_t* left;
-        const wchar_t* right;
-        int respecting;
-        int ignoring;
+        const wchar_t *left, *right;
+        int respecting, ignoring;
     } cases[] = {
         {L"", L"", 0, 0},
         {L"abc", L"ab", 1, 1},
@@ -137,8 +135,7 @@ TEST(VnString, TrimsSplitsJoinsAndMapsCase)
 
     const struct
     {
-        const wchar_t* text;
-        const wchar_t* separator;
+        const wchar_t *text, *separator;
         std::vector<VnString> parts;
     } cases[] = {{L"a,b,,c", L",", {L"a", L"b", L"", L"c"}},
                  {L"", L",", {L""}},

@@ -17,8 +17,7 @@ TEST(Escaping, UnescapesEntitiesInOrderThenReferences)
     const struct
     {
         const char* what;
-        std::wstring text;
-        std::wstring expected;
+        std::wstring text, expected;
     } cases[] = {
         {"ampersand later than these", L"&amp;lt;&amp;gt;&amp;quot;", L"&lt;&gt;&quot;"},
         {"ampersand earlier than these", L"&amp;apos;&amp;#65;", L"'A"},

@@ -15,9 +15,7 @@ TEST(Parser, ReadsDocuments)
     const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
     const struct
     {
-        const char* what;
-        const char* text;
-        const char* expected;
+        const char *what, *text, *expected;
     } cases[] = {
         {"declaration", "<?xml version=\"1.0\"?>\n<r>x</r>\n", "<r>x</r>\n"},
         {"text between children", "<r>x<a>1</a>y<b></b></r>", "<r>\n\t<a>1</a>\n\t<b></b>\n</r>\n"},

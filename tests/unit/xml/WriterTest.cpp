@@ -82,9 +82,7 @@ TEST_F(Files, AddToWhatTheElementHolds)
 {
     const struct
     {
-        const char* what;
-        const char* file;
-        const char* expected;
+        const char *what, *file, *expected;
     } cases[] = {
         {"no tag", "text", "<r o = \"1\" >\n\t<c>1</c>\n</r>\n"},
         {"no root", "text</x>", "< o = \"1\" >\n\t<c>1</c>\n</>\n"},
