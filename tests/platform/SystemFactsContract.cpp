@@ -7,26 +7,15 @@
 
 #include <clocale>
 #include <string_view>
-#include <thread>
 
 namespace contract {
 
 namespace {
 
-using testing::ElementsAre;
-
 class SystemFacts : public testing::Test
 {
 protected:
     SystemFacts() { BeginCase(); }
-
-    static std::vector<std::int32_t> Draw(int count)
-    {
-        std::vector<std::int32_t> draws;
-        for (int i = 0; i < count; ++i)
-            draws.push_back(platform::DrawRandom());
-        return draws;
-    }
 };
 
 TEST_F(SystemFacts, TheMachineIsDescribed)
@@ -76,19 +65,6 @@ TEST_F(SystemFacts, TheComputersNameFitsOrFails)
     again = L"before";
     EXPECT_FALSE(platform::QueryComputerName(name.size(), again));
     EXPECT_EQ(again, L"before");
-}
-
-TEST_F(SystemFacts, EachThreadDrawsTheRuntimesSeries)
-{
-    platform::SeedRandom(1);
-    EXPECT_THAT(Draw(3), ElementsAre(41, 18467, 6334));
-    std::thread other([] {
-        EXPECT_THAT(Draw(1), ElementsAre(41)) << "a new thread starts as if seeded with 1";
-        platform::SeedRandom(0xFFFFFFFF);
-        EXPECT_THAT(Draw(2), ElementsAre(35, 29739));
-    });
-    other.join();
-    EXPECT_THAT(Draw(2), ElementsAre(26500, 19169));
 }
 
 TEST_F(SystemFacts, TheHostsPathIsCutToTheBuffer)

@@ -1,34 +1,16 @@
 #include "tests/simulated/Files.h"
 
 #include "platform/Files.h"
-#include "tests/simulated/State.h"
 #include "tests/simulated/UpperCase.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 namespace simulated {
 
-namespace {
-
-struct Item
-{
-    std::wstring name; // as it was given when the item was made
-    bool isFolder = false;
-    bool readOnly = false; // of a folder: locked
-    std::string bytes = {};
-};
-
-struct Disk
-{
-    std::map<std::wstring, Item> items = {{L"C:", {L"C:", true}}}; // by place
-    std::vector<std::wstring> statusQueries;
-    std::map<std::wstring, std::wstring> environment; // by upper-case "%NAME%"
-    bool expandingFails = false;
-};
-
 CState<Disk> disk;
+
+namespace {
 
 const std::wstring literalPrefix = L"\\\\?\\";
 
@@ -125,8 +107,6 @@ void SetReadOnly(const std::wstring& path, bool readOnly)
         found->readOnly = readOnly;
 }
 
-void SetFolderLocked(const std::wstring& path, bool locked) { SetReadOnly(path, locked); }
-
 std::vector<std::wstring> ListFiles(const std::wstring& folder)
 {
     const auto held = disk.Hold();
@@ -137,16 +117,10 @@ std::vector<std::wstring> ListFiles(const std::wstring& folder)
     return names;
 }
 
-std::vector<std::wstring> TakeStatusQueries() { return std::exchange(disk->statusQueries, {}); }
-
 void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value)
 {
     disk->environment[UpperCase(L"%" + name + L"%")] = value;
 }
-
-void SetExpandingFails(bool fails) { disk->expandingFails = fails; }
-
-void ResetFiles() { disk.Reset(); }
 
 } // namespace simulated
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "tests/simulated/State.h"
+
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,24 +28,31 @@ bool FolderExists(const std::wstring& path);
 // The bytes of a file; nothing where there is no file.
 std::optional<std::string> ReadFileBytes(const std::wstring& path);
 
-// A file with the read-only attribute can be neither written nor replaced nor removed.
+// A file with the read-only attribute can be neither written nor replaced nor removed; in a folder
+// with it nothing can.
 void SetReadOnly(const std::wstring& path, bool readOnly);
-
-// In a locked folder nothing can be created, written, replaced or removed.
-void SetFolderLocked(const std::wstring& path, bool locked);
 
 // The files directly in a folder, in order of their names.
 std::vector<std::wstring> ListFiles(const std::wstring& folder);
 
-// The paths of all calls to FileSystemItemExists since the last take, as they were given.
-std::vector<std::wstring> TakeStatusQueries();
-
 // An environment variable for ExpandEnvironment. Names ignore case.
 void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value);
 
-// Makes every ExpandEnvironment fail.
-void SetExpandingFails(bool fails);
+struct Item
+{
+    std::wstring name; // as it was given when the item was made
+    bool isFolder = false;
+    bool readOnly = false; // of a folder: locked
+    std::string bytes = {};
+};
 
-void ResetFiles();
+struct Disk
+{
+    std::map<std::wstring, Item> items = {{L"C:", {L"C:", true}}}; // by place
+    std::vector<std::wstring> statusQueries;          // of FileSystemItemExists, as they were given
+    std::map<std::wstring, std::wstring> environment; // by upper-case "%NAME%"
+    bool expandingFails = false;                      // each ExpandEnvironment
+};
+extern CState<Disk> disk;
 
 } // namespace simulated

@@ -2,28 +2,17 @@
 
 #include "platform/LastError.h"
 #include "platform/Url.h"
-#include "tests/simulated/State.h"
 #include "tests/simulated/VirtualTime.h"
 
 #include <algorithm>
 #include <cstring>
-#include <deque>
 #include <utility>
 
 namespace simulated {
 
-namespace {
-
-struct Internet
-{
-    std::deque<Answer> script;
-    std::vector<SentRequest> sent;
-    std::pair<bool, std::uint32_t> connected{true, 0};
-    std::pair<platform::EConnectivity, std::uint32_t> connectivity{};
-    int openHandles = 0;
-};
-
 CState<Internet> internet;
+
+namespace {
 
 struct CountedHandle
 {
@@ -130,24 +119,6 @@ void SendHead(InternetState& state)
 }
 
 } // namespace
-
-void ResetInternet() { internet.Reset(); }
-
-void AddAnswer(Answer answer) { internet->script.push_back(std::move(answer)); }
-
-void SetConnectedState(bool connected, std::uint32_t error)
-{
-    internet->connected = {connected, error};
-}
-
-void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error)
-{
-    internet->connectivity = {connectivity, error};
-}
-
-std::vector<SentRequest> GetSentRequests() { return internet->sent; }
-
-int GetOpenInternetHandles() { return internet->openHandles; }
 
 } // namespace simulated
 

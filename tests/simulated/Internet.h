@@ -1,11 +1,14 @@
 #pragma once
 
 #include "platform/Internet.h"
+#include "tests/simulated/State.h"
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The scripted internet of the simulated Windows: every request that is sent takes the next answer
@@ -58,15 +61,19 @@ struct SentRequest
     std::map<platform::EInternetOption, std::uint32_t> timeouts;
 };
 
-void ResetInternet();
-void AddAnswer(Answer answer);
-void SetConnectedState(bool connected, std::uint32_t error);
-void SetConnectivity(platform::EConnectivity connectivity, std::uint32_t error = 0);
+struct Internet
+{
+    std::deque<Answer> script;
+    std::vector<SentRequest> sent; // failed sends included
+    std::pair<bool, std::uint32_t> connected{true, 0};
+    std::pair<platform::EConnectivity, std::uint32_t> connectivity{}; // and its error
+    int openHandles = 0; // sessions, connections and requests
+};
+extern CState<Internet> internet;
 
-// Every send so far, failed ones included, in order.
-std::vector<SentRequest> GetSentRequests();
-
-// How many sessions, connections and requests are open.
-int GetOpenInternetHandles();
+inline void ResetInternet() { internet.Reset(); }
+inline void AddAnswer(Answer answer) { internet->script.push_back(std::move(answer)); }
+inline std::vector<SentRequest> GetSentRequests() { return internet->sent; }
+inline int GetOpenInternetHandles() { return internet->openHandles; }
 
 } // namespace simulated

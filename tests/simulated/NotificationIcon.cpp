@@ -1,36 +1,8 @@
 #include "tests/simulated/NotificationIcon.h"
 
-#include "tests/simulated/State.h"
-
-#include <map>
-
 namespace simulated {
 
-namespace {
-
-struct NotificationArea
-{
-    std::map<std::uint32_t, platform::NotificationIconOptions> icons;
-    std::vector<std::pair<std::wstring, std::wstring>> balloons;
-};
-
 CState<NotificationArea> area;
-
-} // namespace
-
-std::vector<platform::NotificationIconOptions> GetNotificationIcons()
-{
-    const auto held = area.Hold();
-    std::vector<platform::NotificationIconOptions> shown;
-    for (const auto& [id, options] : held->icons)
-        shown.push_back(options);
-    return shown;
-}
-
-std::vector<std::pair<std::wstring, std::wstring>> TakeBalloons()
-{
-    return std::exchange(area->balloons, {});
-}
 
 } // namespace simulated
 

@@ -1,17 +1,20 @@
 #pragma once
 
 #include "platform/NotificationIcon.h"
+#include "tests/simulated/State.h"
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace simulated {
 
-// The icons in the notification area.
-std::vector<platform::NotificationIconOptions> GetNotificationIcons();
-
-// Title and text of the balloons shown since the last take, in order.
-std::vector<std::pair<std::wstring, std::wstring>> TakeBalloons();
+struct NotificationArea
+{
+    std::map<std::uint32_t, platform::NotificationIconOptions> icons; // by their number
+    std::vector<std::pair<std::wstring, std::wstring>> balloons;      // title and text, all shown
+};
+extern CState<NotificationArea> area;
 
 } // namespace simulated

@@ -4,7 +4,6 @@
 #include "platform/ProfileFile.h"
 #include "platform/ProfileSection.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/State.h"
 #include "tests/simulated/SystemFacts.h"
 #include "text/Case.h"
 #include "text/CodePages.h"
@@ -17,10 +16,10 @@
 
 namespace simulated {
 
-namespace {
-
 // Held during a whole call, so that two writers do not lose each other's lines.
-CState<std::vector<ProfileCall>> calls;
+CState<std::vector<ProfileCall>> profileCalls;
+
+namespace {
 
 constexpr std::string_view utf16Mark = "\xFF\xFE";
 
@@ -117,8 +116,6 @@ std::int32_t ParseInteger(const std::wstring& value)
 
 } // namespace
 
-std::vector<ProfileCall> TakeProfileCalls() { return std::exchange(*calls.Hold(), {}); }
-
 } // namespace simulated
 
 namespace platform {
@@ -129,7 +126,7 @@ std::size_t CopyProfileText(const std::wstring& section, const std::wstring& key
                             const std::wstring& defaultValue, std::span<wchar_t> buffer,
                             const std::wstring& path)
 {
-    const auto held = calls.Hold();
+    const auto held = profileCalls.Hold();
     held->push_back({path, buffer.size()});
     if (buffer.empty())
         return 0;
@@ -144,7 +141,7 @@ std::size_t CopyProfileText(const std::wstring& section, const std::wstring& key
 std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key,
                             std::int32_t defaultValue, const std::wstring& path)
 {
-    const auto held = calls.Hold();
+    const auto held = profileCalls.Hold();
     held->push_back({path, 0});
     const std::wstring value = FindValue(section, key, path).value_or(L"");
     return value.empty() ? defaultValue : ParseInteger(value);
@@ -153,7 +150,7 @@ std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key
 bool WriteProfileText(const std::wstring& section, const std::wstring& key,
                       const std::wstring& value, const std::wstring& path)
 {
-    const auto held = calls.Hold();
+    const auto held = profileCalls.Hold();
     held->push_back({path, 0});
     const std::string bytes = ReadFileBytes(path).value_or("");
     Lines lines = SplitLines(DecodeProfile(bytes));

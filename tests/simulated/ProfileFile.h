@@ -1,7 +1,10 @@
 #pragma once
 
+#include "tests/simulated/State.h"
+
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Profile files are files of the model's disk; see Files.h for setting them up.
@@ -13,8 +16,12 @@ struct ProfileCall
     std::wstring path;
     std::size_t bufferSize; // units; 0 unless a string is read
 };
+extern CState<std::vector<ProfileCall>> profileCalls;
 
 // All calls since the last take, in order.
-std::vector<ProfileCall> TakeProfileCalls();
+inline std::vector<ProfileCall> TakeProfileCalls()
+{
+    return std::exchange(*profileCalls.Hold(), {});
+}
 
 } // namespace simulated

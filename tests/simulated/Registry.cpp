@@ -1,10 +1,8 @@
 #include "tests/simulated/Registry.h"
 
-#include "tests/simulated/State.h"
 #include "tests/simulated/UpperCase.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 using platform::ERegistryRoot;
@@ -12,18 +10,11 @@ using platform::ERegistryView;
 
 namespace simulated {
 
+CState<Registry> registry;
+
 namespace {
 
-using Values = std::map<std::wstring, RegistryValue>; // by upper-case name
-using KeyPath = std::pair<ERegistryRoot, std::wstring>;
-
-struct RegistryState
-{
-    std::map<KeyPath, Values> keys; // by their place in the store, in upper case
-    std::map<ERegistryRoot, ERegistryDenial> denials;
-};
-
-CState<RegistryState> registry;
+using KeyPath = Registry::KeyPath;
 
 bool IsAtOrBelow(const std::wstring& path, const std::wstring& top)
 {
@@ -43,7 +34,7 @@ KeyPath PlaceOf(ERegistryRoot root, const std::wstring& subKey, ERegistryView vi
 
 // Creates a key and all that is missing above it. The caller holds `registry`, here and in what
 // follows.
-Values& CreateAt(const KeyPath& place)
+Registry::Values& CreateAt(const KeyPath& place)
 {
     const auto& [root, path] = place;
     for (std::size_t i = 0; (i = path.find(L'\\', i)) != path.npos; ++i)
@@ -66,15 +57,6 @@ bool Refuses(ERegistryRoot root, ERegistryDenial denial)
 }
 
 } // namespace
-
-std::vector<std::uint8_t> TerminatedText(const std::wstring& text)
-{
-    std::vector<std::uint8_t> bytes;
-    for (const wchar_t unit : text + L'\0')
-        for (const int shift : {0, 8})
-            bytes.push_back(static_cast<std::uint8_t>(unit >> shift & 0xFF));
-    return bytes;
-}
 
 void PutRegistryValue(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
                       const std::wstring& name, const RegistryValue& value)
@@ -103,9 +85,8 @@ std::optional<std::wstring> FindRegistryText(ERegistryRoot root, const std::wstr
     const auto value = FindRegistryValue(root, subKey, view, name);
     if (!value || value->type != platform::registrySz)
         return std::nullopt;
-    std::wstring text;
-    for (std::size_t i = 0; i + 3 < value->bytes.size(); i += 2)
-        text += static_cast<wchar_t>(value->bytes[i] | value->bytes[i + 1] << 8);
+    std::wstring text = text::DecodeUnits(value->bytes);
+    text.resize(text.empty() ? 0 : text.size() - 1);
     return value->bytes == TerminatedText(text) ? std::optional(text) : std::nullopt;
 }
 
@@ -116,13 +97,6 @@ void RemoveRegistryKey(ERegistryRoot root, const std::wstring& subKey, ERegistry
         return entry.first.first == place.first && IsAtOrBelow(entry.first.second, place.second);
     });
 }
-
-void SetRegistryDenial(ERegistryRoot root, ERegistryDenial denial)
-{
-    registry->denials[root] = denial;
-}
-
-void ResetRegistry() { registry.Reset(); }
 
 } // namespace simulated
 

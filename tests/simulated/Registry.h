@@ -1,10 +1,14 @@
 #pragma once
 
 #include "platform/Registry.h"
+#include "tests/simulated/State.h"
+#include "text/Units.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The model's registry: the two roots that the module uses, with their two views. Key and value
@@ -22,8 +26,11 @@ struct RegistryValue
     std::vector<std::uint8_t> bytes;
 };
 
-// The UTF-16 bytes of a text, low byte first, with a terminating zero.
-std::vector<std::uint8_t> TerminatedText(const std::wstring& text);
+// The text's bytes with a terminating zero.
+inline std::vector<std::uint8_t> TerminatedText(const std::wstring& text)
+{
+    return text::EncodeUnits(text + L'\0');
+}
 
 void PutRegistryValue(platform::ERegistryRoot root, const std::wstring& subKey,
                       platform::ERegistryView view, const std::wstring& name,
@@ -59,8 +66,21 @@ enum class ERegistryDenial
     Opening,  // with all access, which creating asks for too
     Setting   // of values, in keys that open with all access
 };
-void SetRegistryDenial(platform::ERegistryRoot root, ERegistryDenial denial);
 
-void ResetRegistry();
+struct Registry
+{
+    // The values of a key by upper-case name; keys by their place in the store, in upper case.
+    using Values = std::map<std::wstring, RegistryValue>;
+    using KeyPath = std::pair<platform::ERegistryRoot, std::wstring>;
+
+    std::map<KeyPath, Values> keys;
+    std::map<platform::ERegistryRoot, ERegistryDenial> denials;
+};
+extern CState<Registry> registry;
+
+inline void SetRegistryDenial(platform::ERegistryRoot root, ERegistryDenial denial)
+{
+    registry->denials[root] = denial;
+}
 
 } // namespace simulated

@@ -1,32 +1,31 @@
 #pragma once
 
 #include "platform/SystemFacts.h"
+#include "tests/simulated/State.h"
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
-// What the simulated system says of itself. Nothing stands for a query that fails.
 namespace simulated {
 
 inline constexpr std::uint32_t ansiCodePage = 1252; // for narrow text
 
-void SetVersionEx(std::optional<platform::SystemVersion> version); // initially 6.1
-void SetPackedVersion(std::uint32_t version);                      // initially 0x1DB10106
-void SetNativeArchitecture(std::optional<std::uint16_t> number);   // initially 9
-void SetUserDefaultLanguageId(std::uint16_t languageId);           // initially 0x0409
-void SetScreenSize(platform::ScreenSize size);                     // initially 1024 x 768
-void SetComputerName(std::optional<std::wstring> name);            // initially "COMPUTER"
-
-// How often the native architecture was asked for.
-std::size_t CountArchitectureQueries();
-
-// The next draws of any thread. When they are used up, and initially, each thread draws the series
-// of the Windows runtime's generator for its seed.
-void PutDraws(const std::vector<std::int32_t>& draws);
-
-// The seeds given since the last take, in order.
-std::vector<std::uint32_t> TakeSeeds();
+// What the simulated system says of itself. Nothing stands for a query that fails.
+struct SystemFacts
+{
+    std::optional<platform::SystemVersion> version = platform::SystemVersion{6, 1};
+    std::uint32_t packedVersion = 0x1DB10106;
+    std::optional<std::uint16_t> architecture = std::uint16_t{9};
+    std::size_t architectureQueries = 0; // so far
+    std::uint16_t languageId = 0x0409;
+    platform::ScreenSize screen = {1024, 768};
+    std::optional<std::wstring> computerName = L"COMPUTER";
+    std::deque<std::int32_t> draws;   // the next of any thread; 41 when they are used up
+    std::vector<std::uint32_t> seeds; // given so far
+};
+extern CState<SystemFacts> facts;
 
 } // namespace simulated

@@ -1,14 +1,18 @@
 #pragma once
 
+#include "tests/simulated/State.h"
+
+#include <map>
 #include <string>
 
 namespace simulated {
 
-// The host process's executable; empty makes the query fail. Initially "C:\Host\Host.exe".
-void SetHostExecutablePath(const std::wstring& path);
-
-// A shell special folder by its CSIDL number; empty makes the query fail. Initially only number 35
-// is known, as "C:\ProgramData".
-void SetSpecialFolder(int folderId, const std::wstring& path);
+// An empty path makes the query fail.
+struct SystemPaths
+{
+    std::wstring executable = L"C:\\Host\\Host.exe";                         // of the host process
+    std::map<int, std::wstring> specialFolders = {{35, L"C:\\ProgramData"}}; // by CSIDL number
+};
+extern CState<SystemPaths> paths;
 
 } // namespace simulated

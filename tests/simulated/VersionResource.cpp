@@ -1,42 +1,32 @@
 #include "tests/simulated/VersionResource.h"
 
 #include "platform/VersionResource.h"
-#include "tests/simulated/State.h"
 #include "tests/simulated/UpperCase.h"
 
 #include <tuple>
 
 namespace simulated {
 
+CState<VersionResources> versionResources;
+
 namespace {
-
-struct VersionResources
-{
-    std::vector<VersionInfo> contents;                // all that were ever set
-    std::map<std::wstring, std::uint8_t> indexOfFile; // by upper-case path
-    std::size_t reads = 0;
-};
-
-CState<VersionResources> resources;
 
 // A resource's block holds nothing but the index of its contents, which stay as they were read.
 VersionInfo ContentsOf(const std::vector<std::uint8_t>& block)
 {
-    return block.empty() ? VersionInfo{} : resources->contents.at(block[0]);
+    return block.empty() ? VersionInfo{} : versionResources->contents.at(block[0]);
 }
 
 } // namespace
 
 void SetVersionInfo(const std::wstring& path, const VersionInfo& info)
 {
-    const auto held = resources.Hold();
+    const auto held = versionResources.Hold();
     held->indexOfFile[UpperCase(path)] = static_cast<std::uint8_t>(held->contents.size());
     VersionInfo& filed = held->contents.emplace_back(info.translations);
     for (const auto& [name, text] : info.texts)
         filed.texts[UpperCase(name)] = text;
 }
-
-std::size_t CountVersionResourceReads() { return resources->reads; }
 
 } // namespace simulated
 
@@ -46,7 +36,7 @@ using namespace simulated;
 
 CVersionResource::CVersionResource(const std::wstring& filePath)
 {
-    const auto held = resources.Hold();
+    const auto held = versionResources.Hold();
     ++held->reads;
     const auto found = held->indexOfFile.find(UpperCase(filePath));
     if (found != held->indexOfFile.end())

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/simulated/State.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -15,10 +17,15 @@ struct VersionInfo
     std::map<std::wstring, std::wstring> texts; // by the full path in the block, in any case
 };
 
+struct VersionResources
+{
+    std::vector<VersionInfo> contents;                // all that were ever set
+    std::map<std::wstring, std::uint8_t> indexOfFile; // by upper-case path
+    std::size_t reads = 0;                            // with or without success
+};
+extern CState<VersionResources> versionResources;
+
 // Gives the file at `path` version information; the file itself need not be on the disk.
 void SetVersionInfo(const std::wstring& path, const VersionInfo& info);
-
-// How many version resources were read, with or without success.
-std::size_t CountVersionResourceReads();
 
 } // namespace simulated

@@ -218,7 +218,7 @@ TEST_F(CommunicatorTest, EveryFailureOfARequest)
     for (const auto& c : cases)
     {
         http.CloseSession();
-        simulated::SetConnectivity(EConnectivity::Connected, 55);
+        simulated::internet->connectivity = {EConnectivity::Connected, 55};
         AddAnswer(c.answer);
         EXPECT_EQ(Post("x"), c.answer.body) << c.what;
         EXPECT_LE(simulated::GetOpenInternetHandles(), 1) << c.what;
@@ -246,16 +246,16 @@ TEST_F(CommunicatorTest, WithoutAConnection)
     };
     for (const auto& [connectivity, outcome] : cases)
     {
-        simulated::SetConnectivity(connectivity, 31);
+        simulated::internet->connectivity = {connectivity, 31};
         Post("x");
         EXPECT_EQ(TakeOutcome(), outcome);
     }
     http.CloseSession();
-    simulated::SetConnectedState(false, 87);
+    simulated::internet->connected = {false, 87};
     Post("x");
     EXPECT_EQ(TakeOutcome(), L"1 87 <3 HTTPCOM: Error GetConnectedState 87>");
     EXPECT_TRUE(http.OpenSession());
-    simulated::SetConnectedState(false, 87);
+    simulated::internet->connected = {false, 87};
     EXPECT_TRUE(http.OpenSession()) << "it is open already";
 }
 

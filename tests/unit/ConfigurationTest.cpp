@@ -34,15 +34,15 @@ TEST_F(ConfigurationTest, FindsTheHostOnceItIsThere)
     for (const auto& c : cases)
     {
         env::ResetProcessCache();
-        simulated::SetHostExecutablePath(c.executable);
+        simulated::paths->executable = c.executable;
         EXPECT_EQ(env::GetApplicationFolder(), c.folder);
         EXPECT_EQ(env::GetApplicationFilePath(), c.executable);
-        simulated::SetHostExecutablePath(L"D:\\Other.exe");
+        simulated::paths->executable = L"D:\\Other.exe";
         EXPECT_EQ(env::GetApplicationFolder(), c.folder);
         EXPECT_EQ(env::GetApplicationFilePath(), c.executableLater);
     }
     EXPECT_EQ(env::GetSuiteFolder(), L"C:\\ProgramData\\\\veltrano");
-    simulated::SetSpecialFolder(35, L"");
+    simulated::paths->specialFolders[35] = L"";
     EXPECT_EQ(env::GetSuiteFolder(), L"\\\\?\\veltrano") << "no server's name";
 }
 

@@ -84,25 +84,6 @@ TEST_F(FrameTest, WorkerThreadWantsRoutineNameAndCrashReporting)
     EXPECT_THROW(make(&Work::Run, L"name", nullptr), platform::CSystemException);
 }
 
-TEST_F(FrameTest, WorkerThreadCallsTheCrashReportingLibraryOnItsThread)
-{
-    static std::vector<std::string> calls;
-    static std::atomic<std::uint32_t>* stored;
-    calls.clear();
-    const CrashReporting crash{[] { calls.push_back("exception"); },
-                               [] { calls.push_back("terminate"); },
-                               [](CWorkerThread&, std::atomic<std::uint32_t>& progress) {
-                                   calls.push_back("store");
-                                   stored = &progress;
-                               }};
-    Work work;
-    CWorkerThread thread(&Work::Run, &work, L"name", &crash);
-    thread.Start();
-    thread.Join();
-    EXPECT_EQ(calls, (std::vector<std::string>{"exception", "terminate", "store"}));
-    EXPECT_EQ(*stored, 100u);
-}
-
 // A tracker whose worker fails at once.
 class CFailingTracker final : public CTrackerBase
 {
@@ -145,9 +126,10 @@ TEST_F(FrameTest, StatsAreSentInTheEighthTenthOfTheDraws)
     simulated::SetUnixTime(1'234'567'890);
     for (const int draw : {0, 22936, 22937, 26213, 26214, 32767})
     {
-        simulated::PutDraws({draw});
+        simulated::facts->draws = {draw};
         EXPECT_EQ(DrawDropsStatsEvents(), draw != 22937 && draw != 26213) << draw;
-        EXPECT_EQ(simulated::TakeSeeds(), std::vector<std::uint32_t>{1'234'567'890});
+        EXPECT_EQ(std::exchange(simulated::facts->seeds, {}),
+                  std::vector<std::uint32_t>{1'234'567'890});
     }
 }
 

@@ -111,7 +111,7 @@ TEST_F(IdentityTest, SavesANewIdInTheFirstStoreThatAcceptsIt)
         SetUp();
         for (const auto root : {ERegistryRoot::ClassesRoot, ERegistryRoot::CurrentUser})
             simulated::SetRegistryDenial(root, c.denial);
-        simulated::SetFolderLocked(L"C:\\ProgramData", c.fileLocked);
+        simulated::SetReadOnly(L"C:\\ProgramData", c.fileLocked);
         EXPECT_EQ(env::GetComputerId(), madeId) << c.what;
         EXPECT_EQ(env::GetComputerId(), madeId) << c.what;
         EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), c.inPrimary) << c.what;
@@ -160,7 +160,7 @@ TEST_F(IdentityTest, DerivesAProductUserIdAndKeepsTheHosts)
     EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
     SetHostName(L"Optimizer Pro");
     EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
-    EXPECT_EQ(simulated::CountVersionResourceReads(), 1u);
+    EXPECT_EQ(simulated::versionResources->reads, 1u);
 }
 
 TEST_F(IdentityTest, WaitsWhileAnotherThreadComputesAProductUserId)

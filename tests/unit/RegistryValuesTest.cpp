@@ -89,7 +89,7 @@ TEST_F(RegistryValuesTest, ReadsEveryKindOfValueAsTextAndAsNumber)
     EXPECT_EQ(env::RegReadString(Put(1, Text(L"1")), L"other"), L"");
     EXPECT_EQ(env::RegReadDword(CRegistryKey(), L"v"), 0u);
 
-    simulated::SetExpandingFails(true);
+    simulated::disk->expandingFails = true;
     EXPECT_EQ(env::RegReadString(Put(2, Text(L"%NAME%")), L"v"), L"%NAME%");
 }
 

@@ -38,16 +38,16 @@ TEST_F(SystemDescriptionTest, NamesVersionAndArchitecture)
         {12, std::nullopt, L"Windows NT 6.2"}, // ARM64
         {std::nullopt, std::nullopt, L"Windows NT 6.2"},
     };
-    simulated::SetPackedVersion(0x1DB10206);
+    simulated::facts->packedVersion = 0x1DB10206;
     std::size_t queries = 0;
     for (const auto& c : cases)
     {
         env::ResetProcessCache();
-        simulated::SetNativeArchitecture(c.architecture);
-        simulated::SetVersionEx(c.version);
+        simulated::facts->architecture = c.architecture;
+        simulated::facts->version = c.version;
         EXPECT_EQ(env::DescribeSystem(), c.description);
         EXPECT_EQ(env::DescribeSystem(), c.description);
-        EXPECT_EQ(simulated::CountArchitectureQueries(), ++queries); // once per process
+        EXPECT_EQ(simulated::facts->architectureQueries, ++queries); // once per process
     }
 }
 
@@ -72,7 +72,7 @@ TEST_F(SystemDescriptionTest, KeepsTheVocabularyOfLanguagesWhole)
     for (const auto& [id, code] : {std::pair(0x042E, L"hsb_DE"), std::pair(0x0455, L"[455]"),
                                    std::pair(0, L"[0]"), std::pair(0xFFFF, L"[FFFF]")})
     {
-        simulated::SetUserDefaultLanguageId(static_cast<std::uint16_t>(id));
+        simulated::facts->languageId = static_cast<std::uint16_t>(id);
         EXPECT_EQ(env::GetUserLanguageCode(), code);
     }
 }
@@ -107,12 +107,12 @@ TEST_F(SystemDescriptionTest, LooksForAPathWhereTheSystemMayKeepIt)
     for (const auto& c : cases)
     {
         EXPECT_EQ(env::PathExists(c.path), c.exists);
-        EXPECT_EQ(simulated::TakeStatusQueries(), c.asked);
+        EXPECT_EQ(std::exchange(simulated::disk->statusQueries, {}), c.asked);
     }
-    simulated::SetExpandingFails(true);
+    simulated::disk->expandingFails = true;
     EXPECT_FALSE(env::PathExists(L"%DATA%"));
     env::ResetProcessCache();
-    simulated::SetNativeArchitecture(12);
+    simulated::facts->architecture = 12;
     EXPECT_FALSE(env::PathExists(L"C:\\Windows\\System32\\only64.dll"));
 }
 

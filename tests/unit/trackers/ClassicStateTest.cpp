@@ -1,5 +1,3 @@
-#include "platform/ProfileSection.h"
-#include "env/ProfileText.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/Simulated.h"
@@ -11,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <optional>
 
 using namespace trackers;
@@ -149,22 +146,6 @@ TEST_F(SessionTest, SessionsOverFourRuns)
     EXPECT_EQ(FindAll(), L"2 1000 2000 1 ");
     CVisitorState().RollBackSessionStart(store);
     EXPECT_EQ(FindAll(), L"2 1000 2000 1 ") << "nothing was loaded";
-}
-
-TEST_F(SessionTest, RollBackOfAFirstVisitAndOfAContinuedOne)
-{
-    simulated::SetUnixTime(1000);
-    CVisitorState first;
-    first.LoadVisitorState(store, false);
-    first.RollBackSessionStart(store);
-    EXPECT_EQ(FindAll(), L"0 1000 1000 1 ");
-
-    Put(ERegistryRoot::ClassesRoot, L"SID", L"5");
-    Put(ERegistryRoot::ClassesRoot, L"LV", L"500");
-    CVisitorState continued;
-    continued.LoadVisitorState(store, true);
-    continued.RollBackSessionStart(store);
-    EXPECT_EQ(FindAll(), L"5 500 1000 1 ") << "begun by an earlier run";
 }
 
 TEST_F(SessionTest, OddValuesCountAsTheirDefaults)
@@ -347,23 +328,6 @@ TEST_F(HistoryTest, OldFilesOfAnyForm)
         units.append({unit, '\0'});
     EXPECT_EQ(ReadOld(units), "a=7 ");
     EXPECT_EQ(ReadOld("[HISTORY]\nCOUNT=1\nFP0=a\nC0=1\n", 10), "") << "too long";
-}
-
-// One pass finds what the system's own reader finds key by key.
-TEST_F(HistoryTest, SectionsReadAsTheSystemReadsThem)
-{
-    const std::string bytes = "k=before\r\n[ Other ]\nk=x\n[sec]\r k = 'v 1' "
-                              "\n\n\tK=second\n;c=no\n c2 = = x = \n\"q\"=\"\"\n"
-                              "lone\n[sec2\nopen=[1]\nlast=z\n[more]\nk=after\n[SEC]\nk=again\n";
-    simulated::PutFile(oldFile, bytes);
-    const std::wstring text = platform::DecodeProfile(bytes);
-    platform::CProfileSection section(text, L"sec");
-    std::map<std::wstring, std::wstring> found;
-    for (std::wstring_view key, value; section.TakeEntry(key, value);)
-        found.emplace(key == L"K" ? L"k" : key, value);
-    EXPECT_EQ(found.size(), 5u);
-    for (const auto& [key, value] : found)
-        EXPECT_EQ(value, env::ReadProfileText(L"sec", key, L"missing", oldFile));
 }
 
 } // namespace

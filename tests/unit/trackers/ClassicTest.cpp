@@ -152,7 +152,7 @@ TEST_F(ClassicTest, PurchasesHaveTwoDecimalsAndOnlyTheNameEncoded)
 TEST_F(ClassicTest, ConfigurationOfConstruction)
 {
     PutConfig("GAID=a\r\nGAURL=https://own:444/x?\r\nProductTrackingName=Tracking\r\n");
-    simulated::SetScreenSize({640, 480});
+    simulated::facts->screen = {640, 480};
     StartTracker();
     SendPageview();
     EXPECT_EQ(simulated::GetSentRequests().at(0).host, L"own");
@@ -250,8 +250,8 @@ TEST_F(ClassicTest, ATesterSeesEachHit)
 {
     PutConfig("TrackingTraceBalloon=1\r\nPHASH=p\r\n");
     StartTracker();
-    ASSERT_EQ(simulated::GetNotificationIcons().size(), 1u);
-    const auto icon = simulated::GetNotificationIcons()[0];
+    ASSERT_EQ(simulated::area->icons.size(), 1u);
+    const auto icon = simulated::area->icons.begin()->second;
     EXPECT_EQ(icon.id, 2977u);
     EXPECT_EQ(icon.callbackMessage, 34'721u);
     EXPECT_EQ(icon.balloonTimeout, 10'000u);
@@ -269,17 +269,17 @@ TEST_F(ClassicTest, ATesterSeesEachHit)
          L"Tidy Desk - &utmtid=O7&utmtst=p&utmtto=1.00&utmtsp=0.00&utmttx=0.19"},
         {L"GA: Item",
          L"Tidy Desk - &utmtid=O7&utmipc=&utmipn=x&utmipr=1.00&utmiqt=1&utmiva=en_II"}};
-    EXPECT_EQ(simulated::TakeBalloons(), balloons);
+    EXPECT_EQ(simulated::area->balloons, balloons);
     Texts traced;
     for (const auto& [title, text] : balloons)
         traced.push_back(L"ZoTracker 6 " + title + L": " + text + L"\n");
     EXPECT_EQ(simulated::TakeDebugOutput(), traced);
     tracker.reset();
-    EXPECT_TRUE(simulated::GetNotificationIcons().empty());
+    EXPECT_TRUE(simulated::area->icons.empty());
 
     PutConfig("TrackingTraceBalloon=2\r\n");
     StartTracker();
-    EXPECT_TRUE(simulated::GetNotificationIcons().empty());
+    EXPECT_TRUE(simulated::area->icons.empty());
 }
 
 TEST_F(ClassicTest, WithoutAnInternetSessionNothingIsCounted)

@@ -61,7 +61,7 @@ TEST_F(KpiTest, ConfigurationOfConstruction)
     for (const auto& c : cases)
     {
         PutConfig(c.install, c.web);
-        simulated::SetUserDefaultLanguageId(c.languageId);
+        simulated::facts->languageId = c.languageId;
         Start<CZoTrackerPiWik>();
         SendPageview();
         ASSERT_EQ(GetTexts().size(), 1u) << c.what;
@@ -102,17 +102,6 @@ TEST_F(KpiTest, InitializeReadsBesideTheHostsPath)
     PutOtherHosts("");
     tracker->Initialize(L"C:\\Other\\app.exe");
     EXPECT_EQ(tracker->GetProductName(), L"App");
-}
-
-TEST_F(KpiTest, WithoutAnInternetSessionNothingIsSent)
-{
-    simulated::Answer none;
-    none.failsAt = simulated::ENetworkStage::Session;
-    none.error = platform::internetTimeout;
-    simulated::AddAnswer(none);
-    tracker = std::make_shared<CZoTrackerPiWik>();
-    SendPageview();
-    EXPECT_EQ(GetTexts(), Texts{});
 }
 
 } // namespace

@@ -102,8 +102,8 @@ TEST_F(KpiUserIdTest, StandsInForAComputersMissingName)
     for (const auto& name : {std::optional<std::wstring>(), std::optional<std::wstring>(L""),
                              std::optional<std::wstring>(L"SIXTEEN_LETTERS_")})
     {
-        simulated::ResetRegistry();
-        simulated::SetComputerName(name);
+        simulated::registry.Reset();
+        simulated::facts->computerName = name;
         EXPECT_EQ(trackers::GetKpiUserId(), expected);
     }
 }

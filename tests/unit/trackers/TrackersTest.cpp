@@ -195,7 +195,7 @@ TEST_P(TrackersTest, SendStatsEventsInOneRunOfTen)
     PutConfig("");
     for (const auto& c : cases)
     {
-        simulated::PutDraws({c.draw});
+        simulated::facts->draws = {c.draw};
         StartTracker();
         tracker->TrackPageview();
         for (const wchar_t* category : {L"stAts", L"statsx"})

@@ -26,7 +26,7 @@ protected:
 
 TEST_F(UaTest, WholeRequests)
 {
-    simulated::SetScreenSize({1920, 1080});
+    simulated::facts->screen = {1920, 1080};
     StartTracker();
     tracker->TrackPageview();
     tracker->TrackEvent(L"Scan", L"Start now", nullptr, L"5 %", L"");
@@ -117,7 +117,7 @@ TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
                   "[UA]\r\nEnabled=1\r\nURL=https://other/x\r\nId=Z\r\n");
     simulated::SetThreads(simulated::EThreads::Held);
     tracker = std::make_shared<trackers::CZoTrackerUA>(L"", L"", L"");
-    simulated::SetScreenSize({1, 2});
+    simulated::facts->screen = {1, 2};
     tracker->Initialize(L"C:\\Other\\app.exe");
     simulated::SetThreads(simulated::EThreads::Run);
     EXPECT_EQ(tracker->GetProductName(), L"Disk Tool") << "the name is the host's to set";
@@ -197,7 +197,7 @@ TEST_F(UaTest, TwoResultsInARowWithoutAConnectionEndDelivery)
 {
     StartTracker();
     const auto send = [this](bool connected, const wchar_t* text) {
-        simulated::SetConnectedState(connected, connected ? 0 : 87);
+        simulated::internet->connected = {connected, connected ? 0 : 87};
         tracker->TrackMessage(text);
         simulated::AdvanceTime(4s);
     };
@@ -212,31 +212,6 @@ TEST_F(UaTest, TwoResultsInARowWithoutAConnectionEndDelivery)
     simulated::AdvanceTime(600s);
     tracker.reset();
     EXPECT_EQ(GetHits(), Texts{});
-}
-
-TEST_F(UaTest, DestructionEndsAnEndlessRedirect)
-{
-    StartTracker();
-    for (int i = 0; i < 5'000; ++i)
-    {
-        simulated::Answer redirect;
-        redirect.status = 302;
-        redirect.location = i % 2 == 0 ? L"/a" : L"/b";
-        redirect.delay = 100ms;
-        simulated::AddAnswer(redirect);
-    }
-    tracker->TrackPageview();
-    simulated::AdvanceTime(60s);
-    EXPECT_GT(GetTimes().size(), 500u);
-    for (const std::int64_t limit : {600, 2000}) // in the middle of it, and before it begins
-    {
-        tracker->TrackPageview();
-        const std::int64_t before = simulated::GetElapsedMilliseconds();
-        tracker.reset();
-        EXPECT_LE(simulated::GetElapsedMilliseconds() - before, limit);
-        tracker = std::make_shared<trackers::CZoTrackerUA>(L"", L"", L"");
-        simulated::SettleWorkers();
-    }
 }
 
 } // namespace

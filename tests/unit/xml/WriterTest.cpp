@@ -17,7 +17,7 @@ class Files : public testing::Test
 protected:
     void SetUp() override
     {
-        simulated::ResetFiles();
+        simulated::disk.Reset();
         simulated::PutFolder(L"C:\\content");
     }
 
