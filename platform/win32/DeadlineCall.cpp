@@ -49,7 +49,7 @@ DWORD WINAPI RunThread(void* handed) noexcept
 CKernelHandle Start(const Share& call, std::chrono::milliseconds limit, const CStopSignal& stop)
 {
     auto share = std::make_unique<Share>(call);
-    call->reference = TryTakeModuleReference(limit, stop);
+    call->reference = TryTakeModuleReference(limit, &stop);
     CKernelHandle thread;
     if (call->reference != nullptr)
         thread = CKernelHandle(::CreateThread(nullptr, 0, &RunThread, share.get(), 0, nullptr));

@@ -19,10 +19,6 @@ constexpr ULONG acquired = 1; // disposition
 
 constexpr DWORD pauseBetweenTries = 2; // milliseconds
 
-// How long to go on trying once a stop is requested: threads that begin and end hold the lock for
-// moments, and a call that is not started is a lost hit.
-constexpr std::chrono::milliseconds patienceAfterStop{250};
-
 constinit LockFunction lockLoader = nullptr;
 constinit UnlockFunction unlockLoader = nullptr;
 constinit ShutdownFunction isShutdownInProgress = nullptr;
@@ -88,22 +84,17 @@ HMODULE TakeModuleReference() noexcept
 // Since Windows 8 an unloading lets the module's count fall before it takes the lock. Then the
 // loader refuses the reference here: a count that has reached zero is not raised again. Nothing
 // else may stand under this lock.
-HMODULE TryTakeModuleReference() noexcept
-{
-    const CLoaderTryLock lock;
-    return lock && GetModuleState() == EModuleState::Running ? TakeModuleReference() : nullptr;
-}
-
-HMODULE TryTakeModuleReference(std::chrono::milliseconds patience, const CStopSignal& stop) noexcept
+HMODULE TryTakeModuleReference(std::chrono::milliseconds patience, const CStopSignal* stop) noexcept
 {
     const ULONGLONG start = ::GetTickCount64();
     for (;;)
     {
-        if (const HMODULE module = TryTakeModuleReference())
-            return module;
-        const auto limit = stop.IsRequested() ? std::min(patience, patienceAfterStop) : patience;
-        const bool late = ::GetTickCount64() - start >= static_cast<ULONGLONG>(limit.count());
-        if (late || GetModuleState() != EModuleState::Running)
+        if (const CLoaderTryLock lock; lock && GetModuleState() == EModuleState::Running)
+            return TakeModuleReference();
+        const bool ends = stop != nullptr && stop->IsRequested();
+        const auto limit = ends ? std::min(patience, patienceAtEnd) : patience;
+        if (::GetTickCount64() - start >= static_cast<ULONGLONG>(limit.count()) ||
+            GetModuleState() != EModuleState::Running)
             return nullptr;
         ::Sleep(pauseBetweenTries);
     }

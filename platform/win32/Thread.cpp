@@ -96,7 +96,7 @@ DWORD WINAPI CThread::State::Run(void* handed) noexcept
     ::SetEvent(state.entered.Get());
     const DWORD result = state.routine(state.parameter);
     if (state.reference == nullptr)
-        state.reference = TryTakeModuleReference();
+        state.reference = TryTakeModuleReference(patienceAtEnd, nullptr);
     if (state.reference == nullptr)
         state.Park();
     ::SetEvent(state.finished.Get());

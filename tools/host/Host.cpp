@@ -1,3 +1,4 @@
+#include "tools/host/ImportWatch.h"
 #include "tools/host/Session.h"
 
 #include <cstdio>
@@ -28,7 +29,8 @@ bool ObeyInput(host::CSession& session)
 
 } // namespace
 
-// Exit status: 0 done, 1 the module could not be loaded, 2 a command was not understood.
+// Exit status: 0 done, 1 the module could not be loaded, 2 a command was not understood, 3 the
+// module called what it should not have.
 int wmain(int count, wchar_t** values)
 {
     std::vector<std::wstring> arguments(values + 1, values + count);
@@ -37,6 +39,11 @@ int wmain(int count, wchar_t** values)
     {
         std::fputs(host::usage, stdout);
         return 0;
+    }
+    if (!arguments.empty() && arguments[0] == L"--watch")
+    {
+        host::WatchImports();
+        arguments.erase(arguments.begin());
     }
     if (arguments.size() > 1 && arguments[0] == L"--dll")
     {
@@ -57,5 +64,7 @@ int wmain(int count, wchar_t** values)
         for (const host::Command& command : host::SplitArguments(arguments))
             understood = session.Obey(command) && understood;
     session.End();
+    if (host::GetViolationCount() != 0)
+        return 3;
     return understood ? 0 : 2;
 }

@@ -1,8 +1,12 @@
 #include "tools/host/Session.h"
 
+#include "tools/host/ImportWatch.h"
+#include "tools/host/Process.h"
+
+#include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <malloc.h>
 
 namespace host {
 
@@ -13,13 +17,30 @@ std::wstring GetWord(const Command& command, std::size_t index)
     return index < command.size() ? command[index] : std::wstring();
 }
 
+template <class... Values>
+void Print(const char* format, Values... values)
+{
+    std::printf(format, values...);
+    std::putchar('\n');
+    std::fflush(stdout);
+}
+
+int ToNumber(const std::wstring& word) { return ::_wtoi(word.c_str()); }
+
 // Runs `work` and prints how long it took.
 void Time(const char* what, const std::function<void()>& work)
 {
     const ULONGLONG start = ::GetTickCount64();
     work();
-    std::printf("%s %llu ms\n", what, ::GetTickCount64() - start);
-    std::fflush(stdout);
+    Print("%s %llu ms", what, ::GetTickCount64() - start);
+}
+
+// Since the last call; the first one only begins.
+ULONGLONG TakeLongestWait()
+{
+    static CBystander bystander;
+    static const bool started = (bystander.Start(), ::Sleep(20), true);
+    return started ? bystander.TakeLongestWait() : 0;
 }
 
 const char* TellState(ITracker* tracker)
@@ -29,19 +50,6 @@ const char* TellState(ITracker* tracker)
     if (tracker->GetInterfaceVersion() != trackerInterfaceVersion)
         return "another interface version";
     return tracker->IsTrackingEnabled() ? "enabled" : "disabled";
-}
-
-// What the C runtime's heap holds, which the module shares with this program.
-std::size_t MeasureHeap()
-{
-    const auto heap = reinterpret_cast<HANDLE>(::_get_heap_handle());
-    std::size_t bytes = 0;
-    PROCESS_HEAP_ENTRY entry = {};
-    ::HeapLock(heap);
-    while (::HeapWalk(heap, &entry))
-        bytes += entry.wFlags & PROCESS_HEAP_ENTRY_BUSY ? entry.cbData : 0;
-    ::HeapUnlock(heap);
-    return bytes;
 }
 
 } // namespace
@@ -91,8 +99,7 @@ bool CSession::WaitUntilGone(const std::wstring& milliseconds)
     while (::GetModuleHandleW(L"ZoTracker.dll") != nullptr && ::GetTickCount64() - start < limit)
         ::Sleep(10);
     const bool gone = ::GetModuleHandleW(L"ZoTracker.dll") == nullptr;
-    std::printf("%s %llu ms\n", gone ? "gone" : "still there", ::GetTickCount64() - start);
-    std::fflush(stdout);
+    Print("%s %llu ms", gone ? "gone" : "still there", ::GetTickCount64() - start);
     return true;
 }
 
@@ -121,15 +128,18 @@ bool CSession::Obey(const Command& command)
     if (verb == L"use")
         used = argument;
     else if (verb == L"status")
-    {
-        std::printf("main %s, kpi %s\n", TellState(main), TellState(kpi));
-        std::fflush(stdout);
-    }
-    else if (verb == L"heap")
-    {
-        std::printf("heap %zu bytes\n", MeasureHeap());
-        std::fflush(stdout);
-    }
+        Print("main %s, kpi %s", TellState(main), TellState(kpi));
+    else if (verb == L"left")
+        Print("left %zu bytes, %lu handles, %lu threads", MeasureHeaps(), CountHandles(),
+              CountThreads());
+    else if (verb == L"blocked")
+        Print("blocked %llu ms", TakeLongestWait());
+    else if (verb == L"starve")
+        StarveAllocations(ToNumber(argument), std::max(1, ToNumber(GetWord(command, 2))));
+    else if (verb == L"starved")
+        Print("starved %ld", GetStarvedCount());
+    else if (verb == L"plugin")
+        ::LoadLibraryW((modulePath.substr(0, modulePath.rfind(L'\\') + 1) + L"plugin.dll").c_str());
     else if (verb == L"sleep")
         ::Sleep(static_cast<DWORD>(_wtoi(argument.c_str())));
     else if (verb == L"get")
@@ -149,16 +159,28 @@ bool CSession::Obey(const Command& command)
         for (const Command& step : GetDemoScenario())
             Obey(step);
     }
-    else if (verb == L"repeat" && command.size() > 2)
-    {
-        const Command repeated(command.begin() + 2, command.end());
-        for (int i = _wtoi(argument.c_str()); i > 0; --i)
-            if (!Obey(repeated))
-                return false;
-    }
+    else if (verb == L"repeat" || verb == L"threads" || verb == L"hold")
+        return ObeyOtherwise(
+            verb, ToNumber(argument),
+            Command(command.begin() + std::min<std::ptrdiff_t>(2, std::ssize(command)),
+                    command.end()));
     else
         return Track(command);
     return true;
+}
+
+bool CSession::ObeyOtherwise(const std::wstring& verb, int number, const Command& command)
+{
+    std::atomic<bool> understood{true};
+    const auto obey = [&] { understood = Obey(command) && understood; };
+    if (verb == L"hold")
+        RunUnderLoaderLock(obey, static_cast<DWORD>(number));
+    else if (verb == L"threads")
+        RunOnThreads(number, obey);
+    else
+        for (int i = 0; i < number && understood; ++i)
+            obey();
+    return understood;
 }
 
 bool CSession::Track(const Command& command)

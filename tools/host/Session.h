@@ -33,6 +33,7 @@ private:
     void Release();
     void Unload();
     bool WaitUntilGone(const std::wstring& milliseconds);
+    bool ObeyOtherwise(const std::wstring& verb, int number, const Command& command);
     bool Track(const Command& command);
     void ForEach(const std::function<void(ITracker&)>& operation) const;
 

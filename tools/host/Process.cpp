@@ -1,0 +1,155 @@
+#include "tools/host/Process.h"
+
+#include <tlhelp32.h>
+
+#include <algorithm>
+#include <latch>
+#include <memory>
+#include <span>
+#include <thread>
+#include <vector>
+
+namespace host {
+
+namespace {
+
+using LockLoader = LONG(WINAPI*)(ULONG flags, ULONG* disposition, ULONG_PTR* cookie);
+using UnlockLoader = LONG(WINAPI*)(ULONG flags, ULONG_PTR cookie);
+
+template <class Function>
+Function FindInNtdll(const char* name)
+{
+    return reinterpret_cast<Function>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
+std::size_t MeasureHeap(HANDLE heap)
+{
+    std::size_t bytes = 0;
+    PROCESS_HEAP_ENTRY entry = {};
+    ::HeapLock(heap);
+    while (::HeapWalk(heap, &entry))
+        bytes += entry.wFlags & PROCESS_HEAP_ENTRY_BUSY ? entry.cbData : 0;
+    ::HeapUnlock(heap);
+    return bytes;
+}
+
+} // namespace
+
+std::size_t MeasureHeaps()
+{
+    std::vector<HANDLE> heaps(::GetProcessHeaps(0, nullptr) + 8);
+    heaps.resize(std::min<std::size_t>(
+        ::GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()), heaps.size()));
+    std::size_t bytes = 0;
+    for (const HANDLE heap : heaps)
+        bytes += MeasureHeap(heap);
+    return bytes;
+}
+
+// Counts in the system's table, because Wine's GetProcessHandleCount counts nothing. Without keys
+// of the registry: Wine keeps one open for each look into HKEY_CLASSES_ROOT through a view.
+DWORD CountHandles()
+{
+    struct Entry
+    {
+        void* object;
+        ULONG_PTR process;
+        ULONG_PTR handle;
+        ULONG access;
+        USHORT backTrace;
+        USHORT type;
+        ULONG attributes;
+        ULONG reserved;
+    };
+    struct Table
+    {
+        ULONG_PTR count;
+        ULONG_PTR reserved;
+        Entry entries[1];
+    };
+    using Query = LONG(NTAPI*)(ULONG what, void* table, ULONG bytes, ULONG* needed);
+    constexpr ULONG extendedHandleInformation = 64;
+    constexpr ULONG enough = 16 << 20;
+    const std::unique_ptr<std::byte[]> memory(new std::byte[enough]);
+    HKEY key = nullptr;
+    ::RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, KEY_READ, &key);
+    const LONG failure = FindInNtdll<Query>("NtQuerySystemInformation")(
+        extendedHandleInformation, memory.get(), enough, nullptr);
+    const auto& table = *reinterpret_cast<const Table*>(memory.get());
+    const std::span<const Entry> entries(table.entries, failure < 0 ? 0 : table.count);
+    const auto isOwn = [](const Entry& entry) { return entry.process == ::GetCurrentProcessId(); };
+    USHORT keyType = 0;
+    for (const Entry& entry : entries)
+        if (isOwn(entry) && entry.handle == reinterpret_cast<ULONG_PTR>(key))
+            keyType = entry.type;
+    ::RegCloseKey(key);
+    return static_cast<DWORD>(std::ranges::count_if(
+        entries, [&](const Entry& entry) { return isOwn(entry) && entry.type != keyType; }));
+}
+
+DWORD CountThreads()
+{
+    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof(entry);
+    DWORD count = 0;
+    for (BOOL found = ::Thread32First(snapshot, &entry); found;
+         found = ::Thread32Next(snapshot, &entry))
+        count += entry.th32OwnerProcessID == ::GetCurrentProcessId();
+    ::CloseHandle(snapshot);
+    return count;
+}
+
+void RunUnderLoaderLock(const std::function<void()>& work, DWORD milliseconds)
+{
+    std::latch done{1};
+    std::thread([&done, &work, milliseconds] {
+        ULONG_PTR cookie = 0;
+        FindInNtdll<LockLoader>("LdrLockLoaderLock")(0, nullptr, &cookie);
+        work();
+        const auto unlock = FindInNtdll<UnlockLoader>("LdrUnlockLoaderLock");
+        done.count_down();
+        ::Sleep(milliseconds);
+        unlock(0, cookie);
+    }).detach();
+    done.wait();
+}
+
+void RunOnThreads(int count, const std::function<void()>& work)
+{
+    std::latch start{count};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i)
+        threads.emplace_back([&] {
+            start.arrive_and_wait();
+            work();
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+void CBystander::Start()
+{
+    std::thread([this] { Run(); }).detach();
+}
+
+ULONGLONG CBystander::TakeLongestWait() noexcept
+{
+    const ULONGLONG present = ::GetTickCount64() - begun;
+    return std::max(longest.exchange(0), present);
+}
+
+void CBystander::Run() noexcept
+{
+    for (;;)
+    {
+        begun = ::GetTickCount64();
+        ::GetModuleHandleW(L"nothing.dll");
+        ::HeapFree(::GetProcessHeap(), 0, ::HeapAlloc(::GetProcessHeap(), 0, 64));
+        longest = std::max<ULONGLONG>(longest, ::GetTickCount64() - begun);
+        ::Sleep(1);
+    }
+}
+
+} // namespace host
