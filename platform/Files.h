@@ -20,7 +20,8 @@ bool RemoveFile(const std::wstring& path);
 bool ReadWholeFile(const std::wstring& path, std::uint64_t limit, std::string& bytes);
 
 // Makes `bytes` the file's contents in one step: whatever happens on the way, the file afterwards
-// holds either its old contents or the new ones.
+// holds either its old contents or the new ones. On the device at once, unless the module is being
+// unloaded.
 bool ReplaceFileContents(const std::wstring& path, const std::string& bytes);
 
 // Replaces "%NAME%" by the environment's values. False when the result is longer than `limit` - 1

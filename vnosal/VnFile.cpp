@@ -147,8 +147,9 @@ VnResult VnFile::ReadText(const VnPath& path, VnString& text, std::size_t limit,
     return result;
 }
 
-// Writes beside the file and takes its place when everything is on the device.
-VnResult VnFile::ReplaceContents(const VnPath& path, std::string_view bytes) noexcept
+// Writes beside the file and takes its place when everything is on the device, if that is wanted.
+VnResult VnFile::ReplaceContents(const VnPath& path, std::string_view bytes,
+                                 EDurability durability) noexcept
 {
     VnFile file;
     VnString name;
@@ -160,7 +161,7 @@ VnResult VnFile::ReplaceContents(const VnPath& path, std::string_view bytes) noe
     if (error != 0)
         return {error, path.GetText()};
     VnResult written = file.Write(bytes.data(), bytes.size());
-    if (written)
+    if (written && durability == EDurability::Flushed)
         written = file.Flush();
     file.Close();
     const VnString& temporary = file.GetPath().GetText();

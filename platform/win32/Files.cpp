@@ -1,5 +1,6 @@
 #include "platform/Files.h"
 
+#include "platform/ModuleState.h"
 #include "platform/win32/UniqueHandle.h"
 #include "zotracker/vnosal/VnFile.h"
 
@@ -69,7 +70,13 @@ bool ReadWholeFile(const std::wstring& path, std::uint64_t limit, std::string& b
 
 bool ReplaceFileContents(const std::wstring& path, const std::string& bytes)
 {
-    return static_cast<bool>(VnOSAL::VnFile::ReplaceContents(VnOSAL::VnPath(path), bytes));
+    // A flush can take seconds. While the module is being unloaded every thread that asks the
+    // loader for anything would stand still as long.
+    const auto durability = GetModuleState() == EModuleState::Running
+                                ? VnOSAL::EDurability::Flushed
+                                : VnOSAL::EDurability::Unflushed;
+    return static_cast<bool>(
+        VnOSAL::VnFile::ReplaceContents(VnOSAL::VnPath(path), bytes, durability));
 }
 
 bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring& expanded)

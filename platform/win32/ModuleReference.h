@@ -18,7 +18,7 @@ HMODULE TakeModuleReference() noexcept;
 
 // How long a thread that has to come to an end may try for the loader's lock: longer than the lock
 // is held while threads begin and end, much shorter than anybody may notice.
-inline constexpr std::chrono::milliseconds patienceAtEnd{50};
+inline constexpr std::chrono::milliseconds patienceAtEnd{150};
 
 // Takes a reference as soon as the loader's lock is free, at most for `patience`, and for
 // `patienceAtEnd` once `stop` (null: none) is requested. Null when the time is over or the module

@@ -20,7 +20,7 @@ fs::path MakeHostFolder()
     std::string name = fs::temp_directory_path() / "zotracker-host-XXXXXX";
     if (::mkdtemp(name.data()) == nullptr)
         throw std::runtime_error("cannot make a temporary folder");
-    for (const char* file : {"ZoTracker.dll", "host.exe"})
+    for (const char* file : {"ZoTracker.dll", "host.exe", "plugin.dll"})
         fs::copy_file(GetWindowsBuild() / file, fs::path(name) / file);
     return name;
 }
@@ -64,7 +64,7 @@ std::string CModuleTest::MakeConfig(const std::string& installLines) const
 ProgramResult CModuleTest::RunHost(const std::string& commands,
                                    std::chrono::milliseconds limit) const
 {
-    return GetPrefix().Run({hostFolder / "host.exe"}, commands, limit);
+    return GetPrefix().Run({hostFolder / "host.exe", "--watch"}, commands, limit);
 }
 
 std::vector<std::string> CModuleTest::GetTargets() const

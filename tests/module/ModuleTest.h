@@ -36,7 +36,8 @@ protected:
     // "install".
     std::string MakeConfig(const std::string& installLines = {}) const;
 
-    // Runs the host with the given commands, one a line.
+    // Runs the host with the given commands, one a line. Its status is 0 only if it also saw the
+    // module call nothing that it must not.
     ProgramResult RunHost(const std::string& commands,
                           std::chrono::milliseconds limit = std::chrono::seconds(60)) const;
 

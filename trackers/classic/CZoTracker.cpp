@@ -38,7 +38,8 @@ CZoTracker::CZoTracker(const std::wstring& productNameOverride,
                                                           : companyFolderWordOverride),
       showTraceBalloon(GetInstallConfigInt(L"install", L"TrackingTraceBalloon", 0) == 1),
       dropStatsEvents(frame::DrawDropsStatsEvents()),
-      history(GetUserContentFolder(companyFolderWord, env::GetApplicationProductName()))
+      contentFolder(GetUserContentFolder(companyFolderWord, env::GetApplicationProductName())),
+      history(contentFolder)
 {
     trackingEnabled = GetInstallConfigInt(L"install", L"tracking", 0) == 1;
     ClassicClient& client = configuration.client;
@@ -66,7 +67,7 @@ CZoTracker::~CZoTracker()
 {
     StopWorker();
     Guard([this] {
-        GetUserContentFolder(companyFolderWord, env::GetApplicationProductName()); // may have gone
+        RestoreUserContentFolder(contentFolder);
         history.SaveHistory();
     });
 }

@@ -84,6 +84,7 @@ private:
     Configuration configuration ZO_LOCKING(guarded_by(productLock));
     std::wstring sessionHitNumber ZO_LOCKING(guarded_by(productLock));
     CFirstHitRule firstHit; // under the lock of the queue
+    const std::wstring contentFolder; // with a backslash at its end, or as it is configured
     CVisitHistory history;
 
     // The worker's only.

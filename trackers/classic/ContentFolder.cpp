@@ -6,17 +6,32 @@
 
 namespace trackers {
 
+namespace {
+
+std::wstring GetConfiguredFolder()
+{
+    return env::GetInstallConfigString(L"install", L"UserContentPath", L"");
+}
+
+} // namespace
+
 std::wstring GetUserContentFolder(const std::wstring& companyFolderWord,
                                   const std::wstring& hostProductName)
 {
-    std::wstring configured = env::GetInstallConfigString(L"install", L"UserContentPath", L"");
-    if (!configured.empty())
-        return configured;
-    std::wstring folder = env::GetSuiteFolder(companyFolderWord) + L"\\";
-    env::CreateMissingFolder(folder);
-    folder.append(hostProductName).append(L"\\");
-    env::CreateMissingFolder(folder);
+    std::wstring folder = GetConfiguredFolder();
+    if (!folder.empty())
+        return folder;
+    folder = env::GetSuiteFolder(companyFolderWord).append(L"\\").append(hostProductName) + L"\\";
+    RestoreUserContentFolder(folder);
     return folder;
+}
+
+void RestoreUserContentFolder(const std::wstring& folder)
+{
+    if (!GetConfiguredFolder().empty() || folder.size() < 2)
+        return;
+    env::CreateMissingFolder(folder.substr(0, folder.rfind(L'\\', folder.size() - 2) + 1));
+    env::CreateMissingFolder(folder);
 }
 
 } // namespace trackers

@@ -10,4 +10,8 @@ namespace trackers {
 std::wstring GetUserContentFolder(const std::wstring& companyFolderWord,
                                   const std::wstring& hostProductName);
 
+// Creates a folder that GetUserContentFolder has returned again, if it has gone since. Asks nothing
+// that needs the loader's lock.
+void RestoreUserContentFolder(const std::wstring& folder);
+
 } // namespace trackers

@@ -31,6 +31,12 @@ enum class EOpen : std::uint8_t
     Truncate // an existing file loses its contents, a missing one is created
 };
 
+enum class EDurability : std::uint8_t
+{
+    Flushed, // what was written is on the device when the operation returns
+    Unflushed
+};
+
 enum class ESeek : std::uint8_t
 {
     Begin,
@@ -79,8 +85,10 @@ public:
 
     // Make the bytes, or the text in a code page, the file's contents in one step: whatever happens
     // on the way, the file afterwards holds either its old contents or the new ones. A link is
-    // replaced by a file.
-    static VnResult ReplaceContents(const VnPath& path, std::string_view bytes) noexcept;
+    // replaced by a file. An unflushed replacement holds against the end of the process, but not
+    // against a loss of power.
+    static VnResult ReplaceContents(const VnPath& path, std::string_view bytes,
+                                    EDurability durability = EDurability::Flushed) noexcept;
     static VnResult ReplaceText(const VnPath& path, std::wstring_view text,
                                 std::uint32_t page = codePageUtf8) noexcept;
 
