@@ -156,7 +156,7 @@ TEST_F(UnloadTest, ManyStaysInOneProcessLeaveNothingBehind)
 {
     collector.Refuse();
     PutConfig(MakeConfig());
-    std::string commands = "unload\ngone 5000\n";
+    std::string commands = "release\nunload\ngone 5000\n";
     for (int i = 0; i < 60; ++i)
         commands += "load\npageview\nsleep " + std::to_string(i) + "\n" +
                     (i < 30 ? "release\nunload\ngone 0\n" : "unload\ngone 5000\n") +
