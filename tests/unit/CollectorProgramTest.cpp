@@ -53,8 +53,8 @@ TEST(CollectorProgram, EndsAfterTheHitsAndAnswersTheLastOne)
                                              report);
     EXPECT_EQ(code, 0) << output;
     EXPECT_EQ(answers, "200 200 200 ");
-    EXPECT_THAT(output, HasSubstr(" KPI event  Scan / Start\n"));
-    EXPECT_THAT(output, HasSubstr("\nHits collected: 2\n"));
+    EXPECT_THAT(output, HasSubstr(" KPI  event Scan / Start\n"));
+    EXPECT_THAT(output, HasSubstr("\nHits: 3\n  trackers: KPI 1, classic 1, other 1\n"));
     const std::string lines = folder.Read("hits.jsonl");
     EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 3);
 }

@@ -1,6 +1,6 @@
 #include "tools/collector/ClassicFields.h"
 
-#include "tools/collector/FieldNames.h"
+#include "tools/collector/Decode.h"
 
 #include <array>
 
@@ -8,43 +8,24 @@ namespace collector {
 
 namespace {
 
-constexpr FieldName names[] = {
-    {"utmwv", "version"},
-    {"utms", "session hit"},
-    {"utmn", "hit number"},
-    {"utmac", "account"},
-    {"utmsr", "screen"},
-    {"utmt", "type"},
-    {"utmp", "page"},
-    {"utmhn", "host"},
-    {"utmcs", "charset"},
-    {"utmdt", "title"},
-    {"utmul", "language"},
-    {"utmr", "referrer"},
-    {"utmtid", "order id"},
-    {"utmtst", "store"},
-    {"utmtto", "total"},
-    {"utmtsp", "shipping"},
-    {"utmttx", "tax"},
-    {"utmipc", "item code"},
-    {"utmipn", "item name"},
-    {"utmipr", "unit price"},
-    {"utmiqt", "quantity"},
-    {"utmiva", "item variation"},
-    {"aip", "anonymise address"},
-};
-
-constexpr FieldName campaignNames[] = {
-    {"utmcsr", "campaign source"},
-    {"utmccn", "campaign name"},
-    {"utmcmd", "campaign medium"},
-};
-
 constexpr std::array<const char*, 6> visitorNames = {"domain hash",   "visitor number",
                                                      "first visit",   "previous visit",
                                                      "current visit", "session count"};
 
-using Fields = std::vector<Field>;
+using Parameters = std::vector<Parameter>;
+
+void AppendPart(std::string_view name, std::string_view meaning, std::string_view raw,
+                Parameters& parameters)
+{
+    parameters.push_back(
+        {std::string(name), std::string(raw), DecodeText(raw), std::string(meaning)});
+}
+
+// A part of the cookies, which were decoded as a whole.
+void AppendCookiePart(std::string_view meaning, std::string_view text, Parameters& parameters)
+{
+    parameters.push_back({"utmcc", std::string(text), std::string(text), std::string(meaning)});
+}
 
 // The text between `head` and the next ")", both taken off `rest`; false when `rest` is otherwise.
 bool TakeGroup(std::string_view& rest, std::string_view head, std::string_view& group)
@@ -59,7 +40,7 @@ bool TakeGroup(std::string_view& rest, std::string_view head, std::string_view& 
 
 // "5(CATEGORY*ACTION*LABEL)(VALUE)"; the four texts are escaped each for itself, so the marks
 // around them are unambiguous as long as nothing is decoded.
-bool AppendEvent(std::string_view expression, Fields& fields)
+bool AppendEvent(std::string_view expression, Parameters& parameters)
 {
     std::string_view texts;
     std::string_view value;
@@ -69,15 +50,15 @@ bool AppendEvent(std::string_view expression, Fields& fields)
     const std::vector<std::string_view> parts = Split(texts, "*");
     if (parts.size() != 3)
         return false;
-    fields.push_back({"event category", DecodeText(parts[0])});
-    fields.push_back({"event action", DecodeText(parts[1])});
-    fields.push_back({"event label", DecodeText(parts[2])});
-    fields.push_back({"event value", DecodeText(value)});
+    AppendPart("utme", "event category", parts[0], parameters);
+    AppendPart("utme", "event action", parts[1], parameters);
+    AppendPart("utme", "event label", parts[2], parameters);
+    AppendPart("utme", "event value", value, parameters);
     return true;
 }
 
 // "8(SLOT!NAME)9(SLOT!VALUE)11(SLOT!SCOPE)".
-bool AppendCustomVariable(std::string_view expression, Fields& fields)
+bool AppendCustomVariable(std::string_view expression, Parameters& parameters)
 {
     const struct
     {
@@ -86,7 +67,7 @@ bool AppendCustomVariable(std::string_view expression, Fields& fields)
     } groups[] = {{"8(", "custom variable name"},
                   {"9(", "custom variable value"},
                   {"11(", "custom variable scope"}};
-    Fields found;
+    Parameters found;
     for (const auto& [head, name] : groups)
     {
         std::string_view group;
@@ -96,39 +77,41 @@ bool AppendCustomVariable(std::string_view expression, Fields& fields)
         if (parts.size() != 2)
             return false;
         if (found.empty())
-            found.push_back({"custom variable slot", DecodeText(parts[0])});
-        found.push_back({name, DecodeText(parts[1])});
+            AppendPart("utme", "custom variable slot", parts[0], found);
+        AppendPart("utme", name, parts[1], found);
     }
     if (!expression.empty())
         return false;
-    fields.insert(fields.end(), found.begin(), found.end());
+    parameters.insert(parameters.end(), found.begin(), found.end());
     return true;
 }
 
-void AppendExpression(const Field& piece, Fields& fields)
-{
-    if (!AppendEvent(piece.value, fields) && !AppendCustomVariable(piece.value, fields))
-        fields.push_back({piece.name, DecodeText(piece.value)});
-}
-
 // "HASH.VISITOR.FIRST.PREVIOUS.CURRENT.SESSIONS".
-bool AppendVisitor(std::string_view cookie, Fields& fields)
+bool AppendVisitor(std::string_view cookie, Parameters& parameters)
 {
     const std::vector<std::string_view> parts = Split(cookie, ".");
     if (parts.size() != visitorNames.size())
         return false;
     for (std::size_t index = 0; index < parts.size(); ++index)
-        fields.push_back({visitorNames[index], std::string(parts[index])});
+        AppendCookiePart(visitorNames[index], parts[index], parameters);
     return true;
 }
 
+std::string_view NameCampaignPart(std::string_view part)
+{
+    return part == "utmcsr"   ? "campaign source"
+           : part == "utmccn" ? "campaign name"
+           : part == "utmcmd" ? "campaign medium"
+                              : part;
+}
+
 // "HASH.TIME.SESSIONS.1.utmcsr=(S)|utmccn=(N)|utmcmd=(M)"; the parentheses are taken off.
-bool AppendCampaign(std::string_view cookie, Fields& fields)
+bool AppendCampaign(std::string_view cookie, Parameters& parameters)
 {
     const std::size_t start = cookie.find("utmcsr=");
     if (start == std::string_view::npos)
         return false;
-    fields.push_back({"__utmz", std::string(cookie.substr(0, start))});
+    AppendCookiePart("__utmz", cookie.substr(0, start), parameters);
     for (const std::string_view part : Split(cookie.substr(start), "|"))
     {
         const std::size_t equals = part.find('=');
@@ -136,54 +119,48 @@ bool AppendCampaign(std::string_view cookie, Fields& fields)
             equals == std::string_view::npos ? std::string_view() : part.substr(equals + 1);
         if (value.size() >= 2 && value.starts_with('(') && value.ends_with(')'))
             value = value.substr(1, value.size() - 2);
-        fields.push_back(
-            {std::string(NameField(part.substr(0, equals), campaignNames)), std::string(value)});
+        AppendCookiePart(NameCampaignPart(part.substr(0, equals)), value, parameters);
     }
     return true;
 }
 
 // "__utma=...;+__utmb=...;+__utmc=...;+__utmz=...".
-void AppendCookies(const Field& piece, Fields& fields)
+void AppendCookies(std::string_view value, Parameters& parameters)
 {
-    const std::string text = DecodeText(piece.value);
+    const std::string text = DecodeText(value);
     for (const std::string_view cookie : Split(text, ";+"))
     {
         const std::size_t equals = cookie.find('=');
-        const std::string_view name = equals == std::string_view::npos
-                                          ? std::string_view(piece.name)
-                                          : cookie.substr(0, equals);
-        const std::string_view value =
+        const std::string_view name =
+            equals == std::string_view::npos ? std::string_view("utmcc") : cookie.substr(0, equals);
+        const std::string_view content =
             equals == std::string_view::npos ? cookie : cookie.substr(equals + 1);
-        if ((name == "__utma" && AppendVisitor(value, fields)) ||
-            (name == "__utmz" && AppendCampaign(value, fields)))
+        if ((name == "__utma" && AppendVisitor(content, parameters)) ||
+            (name == "__utmz" && AppendCampaign(content, parameters)))
             continue;
-        fields.push_back({std::string(name), std::string(value)});
+        AppendCookiePart(name, content, parameters);
     }
-}
-
-std::string GetKind(const DecodedHit& hit)
-{
-    const std::string type = GetField(hit, "type");
-    if (!GetField(hit, "custom variable slot").empty())
-        return "custom variable";
-    return type.empty() ? "pageview" : type == "tran" ? "transaction" : type;
 }
 
 } // namespace
 
-DecodedHit DecodeClassic(const std::vector<Field>& query)
+void AppendClassic(const Piece& piece, Parameters& parameters)
 {
-    DecodedHit decoded{EEndpoint::Classic, {}, {}};
-    for (const Field& piece : query)
-        if (piece.name == "utme")
-            AppendExpression(piece, decoded.fields);
-        else if (piece.name == "utmcc")
-            AppendCookies(piece, decoded.fields);
-        else
-            decoded.fields.push_back(
-                {std::string(NameField(piece.name, names)), DecodeText(piece.value)});
-    decoded.kind = GetKind(decoded);
-    return decoded;
+    if (piece.name == "utme" &&
+        (AppendEvent(piece.value, parameters) || AppendCustomVariable(piece.value, parameters)))
+        return;
+    if (piece.name == "utmcc")
+        AppendCookies(piece.value, parameters);
+    else
+        parameters.push_back(MakeParameter(EEndpoint::Classic, piece));
+}
+
+std::string GetClassicKind(const Parameters& parameters)
+{
+    if (!GetValue(parameters, "custom variable slot").empty())
+        return "custom variable";
+    const std::string_view type = GetValue(parameters, "type");
+    return type.empty() ? "pageview" : type == "tran" ? "transaction" : std::string(type);
 }
 
 } // namespace collector

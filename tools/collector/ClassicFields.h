@@ -1,10 +1,16 @@
 #pragma once
 
-#include "tools/collector/Decode.h"
+#include "tools/collector/HitReport.h"
+#include "tools/collector/QueryText.h"
+
+#include <string>
+#include <vector>
 
 namespace collector {
 
-// The fields of a classic hit from the pieces of its query.
-DecodedHit DecodeClassic(const std::vector<Field>& query);
+// Appends the parameter, or the parts of "utme" and "utmcc", each with a meaning of its own.
+void AppendClassic(const Piece& piece, std::vector<Parameter>& parameters);
+
+std::string GetClassicKind(const std::vector<Parameter>& parameters);
 
 } // namespace collector

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tools/collector/Endpoint.h"
-#include "tools/collector/Hit.h"
+#include "tools/collector/HitReport.h"
 #include "tools/collector/QueryText.h"
 
 #include <string>
@@ -10,23 +10,25 @@
 
 namespace collector {
 
-// A request taken apart. Known parameters carry readable names ("event category"), unknown ones and
-// those that cannot be understood their own; all in the order of the wire. Values are UTF-8,
-// decoded by DecodeText().
+// A request taken apart. Parameters that cannot be understood keep their own name as meaning.
 struct DecodedHit
 {
     EEndpoint endpoint = EEndpoint::Other;
     std::string kind; // "pageview", "event", "transaction", "item", "custom variable", "visit", ...
-    std::vector<Field> fields;
+    std::vector<Parameter> parameters; // in the order of the wire, those of a body first
 };
 
 // Never fails: whatever is malformed stays as it came.
 DecodedHit DecodeHit(const Hit& hit);
 
-// The value of the first field of that name; empty when there is none.
-std::string GetField(const DecodedHit& hit, std::string_view name);
+// The decoded value of the first parameter of that meaning; empty when there is none.
+std::string_view GetValue(const std::vector<Parameter>& parameters, std::string_view meaning);
 
-// What the hit says, in a few words: "Scan / Start / unknown (1)", "Disk Tool", "A1 30.00".
-std::string DescribeHit(const DecodedHit& hit);
+// What the hit says, in a sentence for a person: "event Scan / Start, value 3", "item P1 Pack,
+// 3 at 10.00", "visit of Disk Tool".
+std::string DescribeHit(const Hit& hit, const DecodedHit& decoded);
+
+// The parameter as it stands, its value decoded; its meaning out of the endpoint's table.
+Parameter MakeParameter(EEndpoint endpoint, const Piece& piece);
 
 } // namespace collector

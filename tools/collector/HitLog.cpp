@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
-#include <nlohmann/json.hpp>
 
 namespace collector {
 
 namespace {
-
-using nlohmann::ordered_json;
 
 std::string FormatTime(const std::tm& time, const char* format)
 {
@@ -17,56 +14,12 @@ std::string FormatTime(const std::tm& time, const char* format)
     return {text, std::strftime(text, sizeof text, format, &time)};
 }
 
-std::string FormatUtc(std::chrono::system_clock::time_point time)
+std::string FormatLocal(std::int64_t time)
 {
-    const auto milliseconds =
-        std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
-    const std::time_t seconds = static_cast<std::time_t>(milliseconds / 1000);
-    std::tm parts{};
-    ::gmtime_r(&seconds, &parts);
-    char fraction[16];
-    std::snprintf(fraction, sizeof fraction, ".%03dZ", static_cast<int>(milliseconds % 1000));
-    return FormatTime(parts, "%Y-%m-%dT%H:%M:%S") + fraction;
-}
-
-std::string FormatLocal(std::chrono::system_clock::time_point time)
-{
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+    const std::time_t seconds = static_cast<std::time_t>(time / 1000);
     std::tm parts{};
     ::localtime_r(&seconds, &parts);
     return FormatTime(parts, "%H:%M:%S");
-}
-
-ordered_json WriteFields(const std::vector<Field>& fields)
-{
-    ordered_json object = ordered_json::object();
-    for (const Field& field : fields)
-    {
-        ordered_json& value = object[field.name];
-        if (value.is_null())
-            value = field.value;
-        else if (value.is_array())
-            value.push_back(field.value);
-        else
-            value = ordered_json::array({value, field.value});
-    }
-    return object;
-}
-
-ordered_json WriteHeaders(const std::vector<Header>& headers)
-{
-    ordered_json list = ordered_json::array();
-    for (const Header& header : headers)
-        list.push_back({header.name, header.value});
-    return list;
-}
-
-std::string MakePrintable(std::string text)
-{
-    for (char& byte : text)
-        if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F)
-            byte = '?';
-    return text;
 }
 
 // Long values are cut for the eye; the JSON line keeps them whole.
@@ -75,56 +28,73 @@ std::string Shorten(std::string text)
     constexpr std::size_t longest = 300;
     if (text.size() > longest)
         text = text.substr(0, longest) + "... (" + std::to_string(text.size()) + " bytes)";
-    return MakePrintable(std::move(text));
+    for (char& byte : text)
+        if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F)
+            byte = '?';
+    return text;
 }
 
-std::size_t GetWidestName(const std::vector<Field>& fields)
+std::size_t GetWidestMeaning(const std::vector<Parameter>& parameters)
 {
     constexpr std::size_t widest = 24;
     std::size_t width = 0;
-    for (const Field& field : fields)
-        width = std::max(width, field.name.size());
+    for (const Parameter& parameter : parameters)
+        width = std::max(width, parameter.meaning.size());
     return std::min(width, widest);
 }
 
 } // namespace
 
-std::string WriteJsonLine(const Hit& hit, const DecodedHit& decoded)
+std::string FormatUtc(std::int64_t time)
 {
-    const ordered_json line = {
-        {"sequence", hit.sequence},
-        {"connection", hit.connection},
-        {"time", FormatUtc(hit.time)},
-        {"endpoint", GetName(decoded.endpoint)},
-        {"kind", decoded.kind},
-        {"method", hit.method},
-        {"target", hit.target},
-        {"headers", WriteHeaders(hit.headers)},
-        {"body", hit.body},
-        {"fields", WriteFields(decoded.fields)},
-    };
-    return line.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+    const std::time_t seconds = static_cast<std::time_t>(time / 1000);
+    std::tm parts{};
+    ::gmtime_r(&seconds, &parts);
+    char fraction[16];
+    std::snprintf(fraction, sizeof fraction, ".%03dZ", static_cast<int>(time % 1000));
+    return FormatTime(parts, "%Y-%m-%dT%H:%M:%S") + fraction;
 }
 
-std::string WriteReadable(const Hit& hit, const DecodedHit& decoded, bool colour)
+std::string WriteReadable(const HitReport& report, bool colour)
 {
     const char* strong = colour ? "\033[1;36m" : "";
     const char* faint = colour ? "\033[2m" : "";
+    const char* alarm = colour ? "\033[1;31m" : "";
     const char* plain = colour ? "\033[0m" : "";
-    const std::string description =
-        decoded.endpoint == EEndpoint::Other ? hit.method + ' ' + hit.target : DescribeHit(decoded);
-    std::string text = strong + ("#" + std::to_string(hit.sequence)) + ' ' + FormatLocal(hit.time) +
-                       ' ' + GetName(decoded.endpoint) + ' ' + Shorten(decoded.kind) + "  " +
-                       Shorten(description) + plain + '\n';
-    const std::size_t width = GetWidestName(decoded.fields);
-    for (const Field& field : decoded.fields)
+    std::string text = strong + ("#" + std::to_string(report.id)) + ' ' + FormatLocal(report.time) +
+                       ' ' + report.tracker + "  " + Shorten(report.sentence) + plain + '\n';
+    for (const Verdict& verdict : report.verdicts)
+        text.append("    ")
+            .append(alarm)
+            .append(GetName(verdict.severity))
+            .append(plain)
+            .append(": " + Shorten(verdict.explanation) + '\n');
+    const std::size_t width = GetWidestMeaning(report.parameters);
+    for (const Parameter& parameter : report.parameters)
     {
-        std::string name = Shorten(field.name);
-        name.resize(std::max(name.size(), width), ' ');
-        text.append("    ").append(faint).append(name).append(plain).append("  ");
-        text.append(Shorten(field.value)).append("\n");
+        std::string meaning = Shorten(parameter.meaning);
+        meaning.resize(std::max(meaning.size(), width), ' ');
+        text.append("    ").append(faint).append(meaning).append(plain).append("  ");
+        text.append(Shorten(parameter.decoded)).append("\n");
     }
     return text;
+}
+
+std::string WriteCounts(const HitCounts& counts)
+{
+    const auto list = [](const std::map<std::string, std::size_t>& numbers) {
+        std::string text;
+        for (const auto& [name, count] : numbers)
+            if (count > 0)
+                text += (text.empty() ? "" : ", ") + Shorten(name) + ' ' + std::to_string(count);
+        return text + '\n';
+    };
+    std::string text = "Hits: " + std::to_string(counts.hits) + '\n';
+    if (counts.hits == 0)
+        return text;
+    text += "  trackers: " + list(counts.trackers) + "  kinds: " + list(counts.kinds) +
+            "  verdicts: " + list(counts.verdicts);
+    return counts.codes.empty() ? text : text + "  found: " + list(counts.codes);
 }
 
 } // namespace collector

@@ -1,19 +1,21 @@
 #pragma once
 
-#include "tools/collector/Decode.h"
+#include "tools/collector/HitReport.h"
+#include "tools/collector/HitStore.h"
 
 #include <string>
 
 namespace collector {
 
-// One hit as one JSON object on one line, without the line end: sequence, connection, time (UTC),
-// endpoint, kind, method, target, headers (pairs in their order), body and fields. A field that
-// occurs twice holds an array. Bytes that are no UTF-8 are replaced by U+FFFD.
-std::string WriteJsonLine(const Hit& hit, const DecodedHit& decoded);
-
-// One hit for a person to read: a header line with number, local time, endpoint, kind and
-// description, then a line per field. Control characters are shown as "?", so that a request cannot
+// One hit for a person to read: a header line with number, local time, tracker and sentence, then a
+// line per parameter and per verdict. Control characters are shown as "?", so that a request cannot
 // steer the terminal. `colour` adds terminal colours.
-std::string WriteReadable(const Hit& hit, const DecodedHit& decoded, bool colour);
+std::string WriteReadable(const HitReport& report, bool colour);
+
+// Lines for a person: hits by tracker, and what was found.
+std::string WriteCounts(const HitCounts& counts);
+
+// "2023-11-14T22:13:20.007Z" of milliseconds since 1970.
+std::string FormatUtc(std::int64_t time);
 
 } // namespace collector

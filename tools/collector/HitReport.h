@@ -25,8 +25,8 @@ std::string_view GetName(ESeverity severity);
 struct Verdict
 {
     ESeverity severity = ESeverity::Note;
-    std::string_view code; // a fixed word for machines, such as "missing" or "session-backwards"
-    std::string parameter; // as on the wire; empty when the hit as a whole is meant
+    std::string code;        // a fixed word for machines, such as "missing" or "session-backwards"
+    std::string parameter;   // as on the wire; empty when the hit as a whole is meant
     std::string explanation; // one sentence for a person
 };
 
@@ -56,6 +56,9 @@ struct HitReport
     std::vector<Parameter> parameters; // in the order of the wire
     Hit request;                       // line, headers, body, connection
 };
+
+// The codes of the verdicts, each once.
+std::vector<std::string_view> ListCodes(const HitReport& report);
 
 // The heaviest verdict; Valid when there is none.
 ESeverity GetSeverity(const HitReport& report);

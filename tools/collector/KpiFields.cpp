@@ -1,6 +1,6 @@
 #include "tools/collector/KpiFields.h"
 
-#include "tools/collector/FieldNames.h"
+#include "tools/collector/Decode.h"
 
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -8,17 +8,6 @@
 namespace collector {
 
 namespace {
-
-constexpr FieldName names[] = {
-    {"send_image", "send image"}, {"rec", "record"},
-    {"apiv", "version"},          {"idsite", "site id"},
-    {"ua", "user agent"},         {"url", "site"},
-    {"uid", "user id"},           {"lang", "language"},
-    {"rand", "tick count"},       {"_rcn", "campaign name"},
-    {"_rck", "campaign keyword"}, {"e_c", "event category"},
-    {"e_a", "event action"},      {"e_n", "event label"},
-    {"e_v", "event value"},
-};
 
 constexpr std::string_view productHead = R"({"1":["product", ")";
 constexpr std::string_view productTail = R"("]})";
@@ -41,19 +30,17 @@ std::optional<std::string> FindProduct(const std::string& variables)
 
 } // namespace
 
-DecodedHit DecodeKpi(const std::vector<Field>& query)
+Parameter MakeKpiParameter(const Piece& piece)
 {
-    DecodedHit decoded{EEndpoint::Kpi, "visit", NameFields(query, names)};
-    for (Field& field : decoded.fields)
+    Parameter parameter = MakeParameter(EEndpoint::Kpi, piece);
+    if (piece.name == "_cvar")
     {
-        if (field.name == "event category")
-            decoded.kind = "event";
-        if (field.name != "_cvar")
-            continue;
-        if (const std::optional<std::string> product = FindProduct(field.value))
-            field = {"product", *product};
+        if (std::optional<std::string> product = FindProduct(parameter.decoded))
+            parameter.decoded = std::move(*product);
+        else
+            parameter.meaning = piece.name;
     }
-    return decoded;
+    return parameter;
 }
 
 } // namespace collector

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "tools/collector/Decode.h"
+#include "tools/collector/HitReport.h"
+#include "tools/collector/QueryText.h"
 
 namespace collector {
 
-// The fields of a KPI hit from the pieces of its query.
-DecodedHit DecodeKpi(const std::vector<Field>& query);
+// The parameter; of "_cvar" the product's name, when it holds one.
+Parameter MakeKpiParameter(const Piece& piece);
 
 } // namespace collector

@@ -1,5 +1,6 @@
 #include "tools/collector/QueryText.h"
 
+#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cstdint>
@@ -154,6 +155,8 @@ std::size_t DecodeOne(std::string_view text, CMixedText& decoded)
 
 std::string DecodeText(std::string_view text)
 {
+    if (std::all_of(text.begin(), text.end(), [](char byte) { return byte > 0 && byte != '%'; }))
+        return std::string(text);
     CMixedText decoded;
     while (!text.empty())
         text.remove_prefix(DecodeOne(text, decoded));
@@ -173,19 +176,21 @@ std::vector<std::string_view> Split(std::string_view text, std::string_view sepa
     }
 }
 
-std::vector<Field> SplitQuery(std::string_view query)
+std::vector<Piece> SplitQuery(std::string_view query)
 {
-    std::vector<Field> pieces;
+    std::vector<Piece> pieces;
     for (const std::string_view piece : Split(query, "&"))
     {
         const std::size_t equals = piece.find('=');
         if (equals != std::string_view::npos)
-            pieces.push_back(
-                {std::string(piece.substr(0, equals)), std::string(piece.substr(equals + 1))});
+            pieces.push_back({piece.substr(0, equals), piece.substr(equals + 1)});
         else if (!pieces.empty())
-            pieces.back().value.append("&").append(piece);
+        {
+            std::string_view& value = pieces.back().value;
+            value = {value.data(), value.size() + 1 + piece.size()};
+        }
         else if (!piece.empty())
-            pieces.push_back({std::string(piece), {}});
+            pieces.push_back({piece, {}});
     }
     return pieces;
 }

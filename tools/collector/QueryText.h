@@ -6,10 +6,11 @@
 
 namespace collector {
 
-struct Field
+// One "name=value" of a query; both point into it.
+struct Piece
 {
-    std::string name;
-    std::string value;
+    std::string_view name;
+    std::string_view value;
 };
 
 // Undoes the percent forms that the clients mix in one text, and gives UTF-8.
@@ -27,7 +28,7 @@ std::string DecodeText(std::string_view text);
 
 // The pieces "name=value" of a query in their order, names and values as sent. A piece without "="
 // continues the value before it, because the clients insert some values with a bare "&" in them.
-std::vector<Field> SplitQuery(std::string_view query);
+std::vector<Piece> SplitQuery(std::string_view query);
 
 // The parts between the separators; one empty part for an empty text.
 std::vector<std::string_view> Split(std::string_view text, std::string_view separator);
