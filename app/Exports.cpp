@@ -1,5 +1,5 @@
+#include "zotracker/Exports.h"
 #include "app/ModuleTrackers.h"
-#include "zotracker/ZoTracker.h"
 
 using namespace app;
 

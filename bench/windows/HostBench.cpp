@@ -3,7 +3,7 @@
 // tracker against loading a module that does nothing.
 //
 // usage: host_bench MODULE.dll STUB.dll
-#include "zotracker/Loader.h"
+#include "tools/host/Module.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -36,7 +36,7 @@ void Print(const char* what, double time, double floor, const char* unit, double
 }
 
 // A module whose workers are busy leaves the process a moment after its last FreeLibrary.
-void UnloadAndWait(zotracker::CLoader& loader)
+void UnloadAndWait(host::CModule& loader)
 {
     loader.Unload();
     while (::GetModuleHandleW(L"ZoTracker.dll") != nullptr)
@@ -94,7 +94,7 @@ void BenchLoading(const wchar_t* modulePath, const wchar_t* stubPath)
     for (int round = 0; round < 15; ++round)
     {
         const double start = Now();
-        zotracker::CLoader loader(modulePath);
+        host::CModule loader(modulePath);
         loader.GetKpiTracker();
         times.push_back(Now() - start);
         UnloadAndWait(loader);
@@ -119,7 +119,7 @@ int wmain(int count, wchar_t** arguments)
     BenchLoading(arguments[1], arguments[2]);
     for (const int length : {0, 1000, 1'000'000})
     {
-        zotracker::CLoader loader(arguments[1]);
+        host::CModule loader(arguments[1]);
         ITracker* const tracker = loader.GetKpiTracker();
         if (tracker == nullptr)
         {

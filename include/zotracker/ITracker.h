@@ -1,11 +1,12 @@
 #pragma once
 
 #include "zotracker/TrackerText.h"
+#include "zotracker/Version.h"
 
 #include <cstdint>
 
 // What GetInterfaceVersion returns for the interface below.
-inline constexpr std::uint32_t trackerInterfaceVersion = 8450;
+inline constexpr std::uint32_t trackerInterfaceVersion = ZOTRACKER_INTERFACE_VERSION;
 
 // Reports anonymous usage of one host application. Obtained from GetTrackerInstance or
 // GetKPITrackerInstance and handed back through the matching release function; never deleted.

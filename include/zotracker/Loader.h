@@ -1,71 +1,81 @@
 #pragma once
 
 #include "zotracker/ITracker.h"
-
-#include <windows.h>
+#include "zotracker/zotracker.h"
 
 #include <utility>
 
 namespace zotracker {
 
-// Loads ZoTracker.dll at run time and gives access to its exports, so that a host starts with or
-// without the module. Without it, every Get returns null and every Destroy does nothing.
+enum class ETracker
+{
+    Main,
+    Kpi // key performance indicators
+};
+
+using TrackerOptions = ZoTrackerOptions;
+
+// A tracker of ZoTracker.dll for as long as this object lives. Loads the module from the folder of
+// the process's executable and from nowhere else, checks its interface, and starts the tracker: it
+// is ready for Track... operations. The destructor gives it back and unloads the module; it waits
+// for the last hits as the module's releases do.
 //
-// Threads: as the exports; loading and destroying the loader from one thread.
-class CLoader
+// Without the module, or with one of another interface, every operation does nothing: a host never
+// has to ask.
+//
+// One object for each tracker in a process's life: a tracker that was given back is not made again
+// while the module stays loaded. Destroy it before the process ends, outside of DllMain.
+//
+// Threads: made, moved and destroyed on one thread; the operations as in ITracker.
+class CTracker
 {
 public:
-    // `path` is the module's full path. A module that lacks an export is not used.
-    explicit CLoader(const wchar_t* path) noexcept : module(::LoadLibraryW(path))
+    explicit CTracker(ETracker which = ETracker::Main, TrackerOptions options = {}) noexcept
+        : handle(ZoTrackerOpen(which == ETracker::Main ? ZoTrackerMain : ZoTrackerKpi, options))
+    {}
+    CTracker(CTracker&& other) noexcept : handle(std::exchange(other.handle, {})) {}
+    CTracker& operator=(CTracker&& other) noexcept
     {
-        const bool complete = Find("GetTrackerInstance", getTracker) &&
-                              Find("DestroyTrackerInstance", destroyTracker) &&
-                              Find("GetKPITrackerInstance", getKpiTracker) &&
-                              Find("DestroyKPITrackerInstance", destroyKpiTracker);
-        if (!complete)
-            Unload();
+        std::swap(handle, other.handle);
+        return *this;
     }
-    ~CLoader() { Unload(); }
-    CLoader(const CLoader&) = delete;
-    CLoader& operator=(const CLoader&) = delete;
+    ~CTracker() { ZoTrackerClose(&handle); }
 
-    explicit operator bool() const noexcept { return module != nullptr; }
+    // Whether the module's own tracker takes the calls.
+    explicit operator bool() const noexcept { return handle.tracker != nullptr; }
 
-    ITracker* GetTracker() const noexcept { return module ? getTracker() : nullptr; }
-    void DestroyTracker() const noexcept
+    ITracker* operator->() const noexcept
     {
-        if (module)
-            destroyTracker();
+        static CNoTracker none;
+        return *this ? reinterpret_cast<ITracker*>(handle.tracker) : &none;
     }
-    ITracker* GetKpiTracker() const noexcept { return module ? getKpiTracker() : nullptr; }
-    void DestroyKpiTracker() const noexcept
-    {
-        if (module)
-            destroyKpiTracker();
-    }
-
-    // Unloads the module, which ends the trackers that are still alive.
-    void Unload() noexcept
-    {
-        if (const HMODULE loaded = std::exchange(module, nullptr))
-            ::FreeLibrary(loaded);
-    }
+    ITracker& operator*() const noexcept { return *operator->(); }
 
 private:
-    template <class Function>
-    bool Find(const char* name, Function& function) const noexcept
+    class CNoTracker final : public ITracker
     {
-        if (module)
-            function =
-                reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
-        return module && function;
-    }
+    public:
+        std::uint32_t GetInterfaceVersion() noexcept override { return trackerInterfaceVersion; }
+        bool IsTrackingEnabled() noexcept override { return false; }
+        void SetTrackingEnabled(bool) noexcept override {}
+        void TrackPageview() noexcept override {}
+        void Initialize(const wchar_t*) noexcept override {}
+        void DisableIdlePageviews(bool) noexcept override {}
+        void SetContinueSession(bool) noexcept override {}
+        void TrackEvent(const wchar_t*, const wchar_t*, const wchar_t*, TrackerText,
+                        TrackerText) noexcept override
+        {}
+        void TrackEventEx(TrackerText, TrackerText, TrackerText, TrackerText, TrackerText,
+                          bool) noexcept override
+        {}
+        void TrackMessage(TrackerText) noexcept override {}
+        void TrackPurchase(TrackerText, TrackerText, double, TrackerText,
+                           std::int32_t) noexcept override
+        {}
+        void SetProductName(TrackerText) noexcept override {}
+    };
 
-    HMODULE module;
-    ITracker* (*getTracker)() noexcept = nullptr;
-    void (*destroyTracker)() noexcept = nullptr;
-    ITracker* (*getKpiTracker)() noexcept = nullptr;
-    void (*destroyKpiTracker)() noexcept = nullptr;
+    ZoTrackerHandle handle;
 };
 
 } // namespace zotracker

@@ -3,7 +3,7 @@
 #include "env/ProcessCache.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/Simulated.h"
-#include "zotracker/ZoTracker.h"
+#include "zotracker/Exports.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tools/host/Commands.h"
-#include "zotracker/Loader.h"
+#include "tools/host/Module.h"
 
 #include <functional>
 #include <optional>
@@ -38,7 +38,7 @@ private:
     void ForEach(const std::function<void(ITracker&)>& operation) const;
 
     const std::wstring modulePath;
-    std::optional<zotracker::CLoader> loader;
+    std::optional<CModule> loader;
     ITracker* main = nullptr;
     ITracker* kpi = nullptr;
     int references = 0;
