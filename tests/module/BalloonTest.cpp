@@ -150,10 +150,4 @@ TEST_F(BalloonTest, ATesterSeesTheHitAndTheIconGoesWithTheTracker)
                             [](const Sight& sight) { return !sight.icon && !sight.balloon; }));
 }
 
-TEST_F(BalloonTest, NobodyElseSeesAnything)
-{
-    for (const Sight& sight : Watch(""))
-        EXPECT_FALSE(sight.icon || sight.balloon);
-}
-
 } // namespace module

@@ -72,18 +72,6 @@ TEST_F(FrameTest, WorkerThreadRunsOneRoutineAtATime)
     EXPECT_TRUE(thread.Join()) << "nothing to wait for";
 }
 
-TEST_F(FrameTest, WorkerThreadWantsRoutineNameAndCrashReporting)
-{
-    Work work;
-    const auto make = [&](CWorkerThread::Entry entry, const wchar_t* name,
-                          const CrashReporting* crash) {
-        CWorkerThread thread(entry, &work, name, crash);
-    };
-    EXPECT_THROW(make(nullptr, L"name", &noCrashReporting), platform::CSystemException);
-    EXPECT_THROW(make(&Work::Run, L"", &noCrashReporting), platform::CSystemException);
-    EXPECT_THROW(make(&Work::Run, L"name", nullptr), platform::CSystemException);
-}
-
 // A tracker whose worker fails at once.
 class CFailingTracker final : public CTrackerBase
 {

@@ -91,16 +91,4 @@ TEST(HitQueue, KeepsTheOrderOfEachThread)
         EXPECT_EQ(text.substr(1), std::to_wstring(next[text[0] - L'a']++));
 }
 
-TEST(HitQueue, TakesNothingMoreOnceClosed)
-{
-    CHitQueue queue;
-    queue.Append(MakePageviewHit());
-    queue.Clear();
-    EXPECT_EQ(queue.Take().type, EHitType::None);
-    queue.Append(MakePageviewHit());
-    queue.Close();
-    queue.Append(MakePageviewHit());
-    EXPECT_EQ(queue.Take().type, EHitType::None);
-}
-
 } // namespace

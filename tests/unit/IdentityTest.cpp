@@ -73,6 +73,7 @@ TEST_F(IdentityTest, TakesTheComputerIdFromTheFirstStoreThatHasItAndRepairsThePr
     put(ERegistryRoot::CurrentUser, userKey, L"from the user");
     EXPECT_EQ(env::GetComputerId(), L"from the user");
     EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), L"from the user");
+    EXPECT_FALSE(simulated::ReadFileBytes(idFile).has_value());
 
     simulated::PutFile(idFile, "[ID]\r\nCID=" + std::string(300, 'f') + "\r\n");
     EXPECT_EQ(env::GetComputerId(), L"from the user"); // once per process
@@ -82,6 +83,7 @@ TEST_F(IdentityTest, TakesTheComputerIdFromTheFirstStoreThatHasItAndRepairsThePr
         simulated::SetRegistryDenial(ERegistryRoot::ClassesRoot, denial);
         EXPECT_EQ(env::GetComputerId(), std::wstring(300, L'f'));
         EXPECT_EQ(FindSaved(ERegistryRoot::ClassesRoot), std::wstring(300, L'f'));
+        EXPECT_NE(FindSaved(ERegistryRoot::CurrentUser), std::wstring(300, L'f'));
     }
     for (const auto& call : simulated::TakeProfileCalls())
         EXPECT_EQ(call.path, L"C:\\ProgramData\\\\veltrano\\ComputerID.dat");

@@ -56,16 +56,20 @@ TEST_F(MainTrackerTest, ThePresenceOfTheKeyChoosesTheMeasurementProtocol)
 
 TEST_F(MainTrackerTest, TheLastReferenceEndsItForGood)
 {
-    const app::CZoTrackerApp application;
-    ITracker* const tracker = GetTrackerInstance();
-    EXPECT_EQ(GetTrackerInstance(), tracker);
-    DestroyTrackerInstance();
-    EXPECT_EQ(tracker->GetInterfaceVersion(), 8450u) << "one reference is left";
-    DestroyTrackerInstance();
-    EXPECT_EQ(GetTrackerInstance(), nullptr);
-    DestroyTrackerInstance();
-    EXPECT_EQ(GetTrackerInstance(), nullptr);
-    EXPECT_NE(GetKPITrackerInstance(), nullptr) << "the other one has its own life";
+    for (const char* config : {"", "[UA]\r\nEnabled=1\r\nId=U\r\n"})
+    {
+        PutConfig(config);
+        const app::CZoTrackerApp application;
+        ITracker* const tracker = GetTrackerInstance();
+        EXPECT_EQ(GetTrackerInstance(), tracker);
+        DestroyTrackerInstance();
+        EXPECT_EQ(tracker->GetInterfaceVersion(), 8450u) << "one reference is left";
+        DestroyTrackerInstance();
+        EXPECT_EQ(GetTrackerInstance(), nullptr);
+        DestroyTrackerInstance();
+        EXPECT_EQ(GetTrackerInstance(), nullptr);
+        EXPECT_NE(GetKPITrackerInstance(), nullptr) << "the other one has its own life";
+    }
 }
 
 TEST_F(MainTrackerTest, AReleaseWithoutAReferenceEndsItToo)

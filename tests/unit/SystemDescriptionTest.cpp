@@ -81,7 +81,9 @@ TEST_F(SystemDescriptionTest, LooksForAPathWhereTheSystemMayKeepIt)
 {
     simulated::PutFile(L"C:\\Data\\file.txt", "");
     simulated::PutFile(L"C:\\Windows\\SysNative\\only64.dll", "");
-    simulated::PutEnvironmentVariable(L"DATA", L"C:\\Data");
+    for (const wchar_t* name : {L"DATA", L"LONGVARIABLE"})
+        simulated::PutEnvironmentVariable(name, L"C:\\Data");
+    const std::wstring name246(246, L'x');
     const std::wstring edge = L"C:\\" + std::wstring(257, L'x');
     const std::wstring longer = L"\\\\?\\" + edge + L"x";
     const struct
@@ -94,6 +96,7 @@ TEST_F(SystemDescriptionTest, LooksForAPathWhereTheSystemMayKeepIt)
         {L"C:\\Data", true, {L"C:\\Data"}},
         {L"%DATA%\\file.txt", true, {L"C:\\Data\\file.txt"}},
         {L"%OTHER%\\file.txt", false, {L"%OTHER%\\file.txt"}},
+        {L"%LONGVARIABLE%\\" + name246, false, {L"\\\\?\\C:\\Data\\" + name246}},
         {edge, false, {edge}},
         {edge + L"x", false, {longer}},
         {longer, false, {longer}},

@@ -148,6 +148,23 @@ TEST_F(SessionTest, SessionsOverFourRuns)
     EXPECT_EQ(FindAll(), L"2 1000 2000 1 ") << "nothing was loaded";
 }
 
+TEST_F(SessionTest, RollBackOfAFirstVisitAndOfAContinuedOne)
+{
+    simulated::SetUnixTime(1000);
+    CVisitorState first;
+    first.LoadVisitorState(store, true); // there is none to continue
+    EXPECT_EQ(FindAll(), L"1 1000 1000 1 ");
+    first.RollBackSessionStart(store);
+    EXPECT_EQ(FindAll(), L"0 1000 1000 1 ");
+
+    Put(ERegistryRoot::ClassesRoot, L"SID", L"5");
+    Put(ERegistryRoot::ClassesRoot, L"LV", L"500");
+    CVisitorState continued;
+    continued.LoadVisitorState(store, true);
+    continued.RollBackSessionStart(store);
+    EXPECT_EQ(FindAll(), L"5 500 1000 1 ") << "begun by an earlier run";
+}
+
 TEST_F(SessionTest, OddValuesCountAsTheirDefaults)
 {
     const struct
@@ -167,6 +184,10 @@ TEST_F(SessionTest, OddValuesCountAsTheirDefaults)
         simulated::RemoveRegistryKey(ERegistryRoot::ClassesRoot, sessionKey, ERegistryView::View32);
         Put(ERegistryRoot::ClassesRoot, L"FV", L"7");
         Put(ERegistryRoot::ClassesRoot, L"SID", c.sid);
+        CVisitorState continued;
+        continued.LoadVisitorState(store, true);
+        EXPECT_EQ(continued.GetVisit().sessionCount, *c.sid == L'\0' ? L"1" : c.sid);
+        EXPECT_EQ(continued.GetVisit().previousVisitTime, L"7");
         CVisitorState state;
         state.LoadVisitorState(store, false);
         EXPECT_EQ(state.GetVisit().sessionCount, c.nextSid);
@@ -257,6 +278,15 @@ TEST_F(HistoryTest, FilesThatAreNoHistoryAreAnEmptyOne)
     }
 }
 
+TEST_F(HistoryTest, ALongOneStaysWhole)
+{
+    std::string lines = "\n";
+    for (int i = 10'000; i < 20'000; ++i)
+        lines += MakeLine("abcdefabcdefabcdefabcdefabc" + std::to_string(i), "1");
+    simulated::PutFile(historyFile, MakeFile(lines));
+    EXPECT_EQ(Run(), MakeFile(lines + MakeLine(one, "1")));
+}
+
 TEST_F(HistoryTest, OddCountsGoOnAsNumbers)
 {
     const struct
@@ -312,8 +342,8 @@ TEST_F(HistoryTest, OldFilesOfAnyForm)
          ""},
         {"behind a gap", "[HISTORY]\nCOUNT=4\nFP3=e\nC3=2\n;..............................",
          "e=2 "},
-        {"numbers in other forms", "[HISTORY]\nCOUNT=9\nFP00=a\nC00=1\nFP+1=b\nC+1=1\nFP=c\nC=1\n",
-         ""},
+        {"numbers in other forms",
+         "[HISTORY]\nCOUNT=9\nFP00=a\nC00=1\nFP+1=b\nC+1=1\nFP=c\nC=1\nFP1x=d\nC1=1\n", ""},
         {"no count", "[HISTORY]\nFP0=a\nC0=1\n", ""},
         {"negative", "[HISTORY]\nCOUNT=-1\nFP0=a\nC0=1\n", ""},
         {"lying", "[HISTORY]\nCOUNT=2147483647\nFP0=a\nC0=1\nFP999999999=b\nC999999999=1\n",

@@ -3,6 +3,7 @@
 #include "tests/simulated/NotificationIcon.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
+#include "tests/simulated/Thread.h"
 #include "tests/unit/trackers/TrackerFixture.h"
 #include "trackers/classic/CZoTracker.h"
 #include "trackers/classic/ClassicRequest.h"
@@ -20,8 +21,10 @@ namespace {
 const std::wstring domainHash = L"495297100";
 const std::wstring visitorNumber = L"1015449495252549856991015048575755"
                                    L"5157569853555056491019854985597100";
+const std::wstring otherProductUserId = L"dbf14da391ce9b64c92c2697d8b0428d";
 const std::wstring otherVisitorNumber = L"10098102495210097515749991015798545"
                                         L"29957509950545755100569848525056100"; // with "App"
+const wchar_t* const sessionKey = L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\2_Tidy Desk";
 const std::wstring productUserId = L"e611446b8ce20997398b57281eb6b7ad";
 
 class ClassicTest : public TrackerFixture
@@ -40,10 +43,8 @@ protected:
     {
         std::wstring state;
         for (const wchar_t* name : {L"SID", L"LV", L"CV", L"PVC", L"LPV"})
-            state += simulated::FindRegistryText(
-                         platform::ERegistryRoot::ClassesRoot,
-                         L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\2_Tidy Desk",
-                         platform::ERegistryView::View32, name)
+            state += simulated::FindRegistryText(platform::ERegistryRoot::ClassesRoot, sessionKey,
+                                                 platform::ERegistryView::View32, name)
                          .value_or(L"-") +
                      L" ";
         return state;
@@ -181,10 +182,21 @@ TEST_F(ClassicTest, InitializeReadsBesideTheHostsPath)
     simulated::SetTickMilliseconds(50'000);
     tracker->Initialize(L"C:\\Bare\\app.exe");
     SendPageview();
-    EXPECT_EQ(GetValues(L"utmn"), (Texts{L"9001", L"9002", L"9003"})) << "goes on";
-    EXPECT_EQ(GetValues(L"utmul"), (Texts{L"fr%5FFR", L"fr%5FFR", L"en%5FII"}));
-    EXPECT_EQ(GetValues(L"utmhn"), (Texts{L"App", L"App", L"Default"}));
-    EXPECT_EQ(GetValues(L"utme"), (Texts{L"8(1!PHASH)9(1!XY)11(1!2)", L"-", L"-"}));
+    PutConfig("", uaSection, L"C:\\Other\\install.cfg");
+    tracker->Initialize(L"C:\\Other\\app.exe");
+    tracker->TrackPurchase(L"", L"", 1, L"", 1);
+    simulated::AdvanceTime(4s);
+    EXPECT_EQ(GetValues(L"utmn"), (Texts{L"9001", L"9002", L"9003", L"9004", L"9005"}))
+        << "goes on";
+    EXPECT_EQ(GetValues(L"utmul"),
+              (Texts{L"fr%5FFR", L"fr%5FFR", L"en%5FII", L"en%5FII", L"en%5FII"}));
+    EXPECT_EQ(GetValues(L"utmhn"), (Texts{L"App", L"App", L"Default", L"App", L"App"}));
+    EXPECT_EQ(GetValues(L"utme"), (Texts{L"8(1!PHASH)9(1!XY)11(1!2)", L"-", L"-", L"-", L"-"}));
+    EXPECT_EQ(GetValues(L"utmtst").at(3), L"") << "none beside the host";
+    EXPECT_EQ(GetValues(L"utmtid").at(3), otherProductUserId + L"_3");
+    PutConfig("");
+    tracker->SetProductName(L"");
+    EXPECT_EQ(tracker->GetProductName(), L"App");
     const std::wstring cookies = GetValues(L"utmcc").at(0);
     EXPECT_TRUE(cookies.starts_with(L"__utma%3D" + domainHash + L"." + otherVisitorNumber + L"."));
     EXPECT_TRUE(cookies.ends_with(L"utmcsr=(xy)|utmccn=(partners)|utmcmd=(unknown)"));
@@ -215,6 +227,31 @@ TEST_F(ClassicTest, AnEventForOnceOnlyIsCountedButSentOnlyTheFirstTime)
                            L"5 -", L"8 5(C*D*)(3)"}));
 }
 
+TEST_F(ClassicTest, ADroppedStatsEventLeavesNoTrace)
+{
+    simulated::facts->draws = {0};
+    StartTracker();
+    SendPageview();
+    simulated::AdvanceTime(100s);
+    tracker->TrackEvent(L"STATS", L"A", L"", L"", L"");
+    simulated::AdvanceTime(110s);
+    EXPECT_EQ(GetTimes(), (Times{2000, 204'200})) << "as idle as without it";
+    EXPECT_EQ(GetValues(L"utms"), (Texts{L"1", L"2"}));
+    tracker.reset();
+    const auto history =
+        simulated::ReadFileBytes(L"C:\\ProgramData\\veltrano\\Tidy Desk\\tallyhive.xml");
+    EXPECT_TRUE(history && history->ends_with("<SimpleXMLElement></SimpleXMLElement>\n"));
+}
+
+TEST_F(ClassicTest, TheWorkerReadsTheHistory)
+{
+    simulated::SetThreads(simulated::EThreads::Held);
+    tracker = std::make_shared<CZoTracker>(L"", L"", L"");
+    for (const std::wstring& path : simulated::disk->statusQueries)
+        EXPECT_EQ(path.find(L"tallyhive"), path.npos) << "it would hold up the host's start";
+    simulated::SetThreads(simulated::EThreads::Run);
+}
+
 TEST_F(ClassicTest, AFolderThatVanishedIsMadeAgainForTheHistory)
 {
     StartTracker();
@@ -227,6 +264,7 @@ TEST_F(ClassicTest, AFolderThatVanishedIsMadeAgainForTheHistory)
 
 TEST_F(ClassicTest, OnlyARefusedFirstHitTakesTheSessionBack)
 {
+    PutConfig("ProductName=Not the key\r\n");
     StartTracker();
     SendPageview();
     EXPECT_EQ(FindState(), L"1 1002 1002 2 1002 ");
@@ -244,12 +282,23 @@ TEST_F(ClassicTest, OnlyARefusedFirstHitTakesTheSessionBack)
     simulated::AdvanceTime(600s);
     EXPECT_EQ(GetTimes().size(), 2u) << "silence, without a keep-alive pageview";
     EXPECT_EQ(FindState(), L"1 1002 1002 3 2004 ") << "but hits are counted";
+
+    simulated::RemoveRegistryKey(platform::ERegistryRoot::ClassesRoot, sessionKey,
+                                 platform::ERegistryView::View32);
+    StartTracker();
+    simulated::AddAnswer({.delay = 1h});
+    simulated::AddAnswer({.delay = 1h});
+    tracker->TrackPageview();
+    simulated::AdvanceTime(2100ms);
+    tracker.reset();
+    EXPECT_EQ(FindState().substr(0, 2), L"0 ") << "a stop has overtaken it";
 }
 
 TEST_F(ClassicTest, ATesterSeesEachHit)
 {
     PutConfig("TrackingTraceBalloon=1\r\nPHASH=p\r\n");
     StartTracker();
+    Fail(2); // hits that are not sent are seen, too
     ASSERT_EQ(simulated::area->icons.size(), 1u);
     const auto icon = simulated::area->icons.begin()->second;
     EXPECT_EQ(icon.id, 2977u);
@@ -277,9 +326,12 @@ TEST_F(ClassicTest, ATesterSeesEachHit)
     tracker.reset();
     EXPECT_TRUE(simulated::area->icons.empty());
 
-    PutConfig("TrackingTraceBalloon=2\r\n");
-    StartTracker();
-    EXPECT_TRUE(simulated::area->icons.empty());
+    for (const char* lines : {"", "TrackingTraceBalloon=2\r\n"})
+    {
+        PutConfig(lines);
+        StartTracker();
+        EXPECT_TRUE(simulated::area->icons.empty()) << lines;
+    }
 }
 
 TEST_F(ClassicTest, WithoutAnInternetSessionNothingIsCounted)

@@ -159,6 +159,8 @@ TEST_P(TrackersTest, WriteAndReportThatTheHostSwitchesThem)
                           L"5(TRACKER*ACTIVATED*)(2)"},
                          {L"ACTIVATED", L"DEACTIVATED", L"ACTIVATED"},
                          {L"ACTIVATED", L"DEACTIVATED", L"ACTIVATED"}}));
+    EXPECT_EQ(GetValues(L"utmp"),
+              Texts(Of<std::size_t>({4, 3, 3}), Of<std::wstring>({L"Tidy%20Desk", L"-", L"-"})));
 }
 
 TEST_P(TrackersTest, RepeatAFailedHitAtMostOnceAndThenFallSilent)

@@ -1,4 +1,5 @@
 #include "tests/simulated/DebugOutput.h"
+#include "tests/simulated/Files.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/Thread.h"
@@ -29,23 +30,25 @@ TEST_F(UaTest, WholeRequests)
     simulated::facts->screen = {1920, 1080};
     StartTracker();
     tracker->TrackPageview();
-    tracker->TrackEvent(L"Scan", L"Start now", nullptr, L"5 %", L"");
-    tracker->TrackEventEx(L"", L"A", L"", L"abc", L"", true);
+    tracker->TrackEvent(nullptr, L"", nullptr, L"5 %", L"");
+    tracker->TrackEventEx(L"S&n", L"A b", L"l-x", L"abc", L"", true);
+    tracker->TrackEventEx(L"", L"A", L"", L"", L"", true);
     tracker->TrackMessage(L"a=b you");
     tracker->TrackPurchase(L"Pack", L"P#1", 10.0, L"", 2);
     tracker->TrackPurchase(L"Pack", L"", 0.5, L"o 1", 1);
     simulated::AdvanceTime(4s);
     EXPECT_EQ(GetHits(),
               (Texts{L"&t=pageview&dp=%2FDisk%20Tool",
-                     L"&t=event&ec=Scan&ea=Start%20now&el=unknown&ev=5 %",
-                     L"&t=event&ec=unknown&ea=A", L"&t=pageview&dp=%2Fa%3Db%20you",
+                     L"&t=event&ec=unknown&ea=unknown&el=unknown&ev=5 %",
+                     L"&t=event&ec=S%26n&ea=A%20b&el=l%2Dx", L"&t=event&ec=unknown&ea=A",
+                     L"&t=pageview&dp=%2Fa%3Db%20you",
                      L"&t=transaction&dp=%2FDisk%20Tool&ti=0123456789abcdef0123456789abcdef%5F5000"
                      L"&ta=ab%201&tr=20.00",
                      L"&t=item&dp=%2FDisk%20Tool&ti=0123456789abcdef0123456789abcdef%5F5000"
                      L"&ta=ab%201&in=P%231&ip=10.00&iq=2",
                      L"&t=transaction&dp=%2FDisk%20Tool&ti=o%201&ta=ab%201&tr=0.50",
                      L"&t=item&dp=%2FDisk%20Tool&ti=o%201&ta=ab%201&in=&ip=0.50&iq=1"}));
-    EXPECT_EQ(GetTimes(), (Times{2000, 2050, 2100, 2150, 2200, 2250, 2300, 2350}));
+    EXPECT_EQ(GetTimes(), (Times{2000, 2050, 2100, 2150, 2200, 2250, 2300, 2350, 2400}));
 
     const auto request = simulated::GetSentRequests().front();
     EXPECT_EQ(request.body,
@@ -80,14 +83,6 @@ TEST_F(UaTest, EmptyFieldsAreLeftOutOrEmpty)
         hit.type = c.type;
         EXPECT_EQ(trackers::BuildHitPayload(L"C", L"N M", hit), c.payload);
     }
-}
-
-TEST_F(UaTest, PurchasesHaveTwoDecimalsAndSigns)
-{
-    const auto purchase = trackers::MakePurchaseHits(L"P1", 3.335, L"o", -3, L"ph");
-    EXPECT_EQ(purchase.transaction.field1, L"-10.00");
-    EXPECT_EQ(purchase.item.field1, L"&ip=3.33&iq=-3") << "3.335 lies just below its decimals";
-    EXPECT_EQ(trackers::MakeOrderId(L"abc", 0xFFFFFFFF), L"abc_-1");
 }
 
 TEST_F(UaTest, ConfigurationOfConstruction)
@@ -138,6 +133,13 @@ TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
     tracker->SetProductName(L"");
     EXPECT_EQ(tracker->GetProductName(), L"App");
     EXPECT_TRUE(tracker->IsTrackingEnabled()) << "as the last configuration file said";
+    PutConfig("", "[UA]\r\nEnabled=0\r\n", L"C:\\Other\\install.cfg");
+    tracker->Initialize(L"C:\\Other\\app.exe");
+    EXPECT_FALSE(tracker->IsTrackingEnabled());
+    PutConfig("", "[UA]\r\nEnabled=0\r\n");
+    tracker->SetTrackingEnabled(true);
+    EXPECT_EQ(simulated::ReadFileBytes(configPath),
+              "[install]\r\ntracking=1\r\n[UA]\r\nEnabled=1\r\n");
 }
 
 TEST_F(UaTest, OneHitStartsASession)
@@ -156,7 +158,8 @@ TEST_F(UaTest, OneHitStartsASession)
 TEST_F(UaTest, ClientIdIsMadeOnceAndFoundAgain)
 {
     const std::wstring made =
-        L"551a927e4c28cc67ee7a487bb0d2036c"; // digest of the product user id and the tick
+        L"c67ef7ed7a27d35b3b8822d9299908c5"; // digest of the product user id and the tick
+    simulated::SetTickMilliseconds(0xFFFFF000);
     const auto run = [this] {
         StartTracker();
         SendPageview();
@@ -168,6 +171,7 @@ TEST_F(UaTest, ClientIdIsMadeOnceAndFoundAgain)
     };
     simulated::RemoveRegistryKey(ERegistryRoot::CurrentUser, clientKey, ERegistryView::Default);
     EXPECT_EQ(run(), made);
+    EXPECT_TRUE(GetTexts()[0].starts_with(L"/collect?z=-2096&"));
     EXPECT_EQ(simulated::FindRegistryText(ERegistryRoot::ClassesRoot, clientKey,
                                           ERegistryView::View32, L"CID"),
               made);
@@ -202,8 +206,9 @@ TEST_F(UaTest, TwoResultsInARowWithoutAConnectionEndDelivery)
         simulated::AdvanceTime(4s);
     };
     send(false, L"lost");
-    send(true, L"sent");
-    EXPECT_EQ(GetHits(), Texts{L"&t=pageview&dp=%2Fsent"}) << "one does not";
+    for (int i = 0; i < 2; ++i)
+        send(true, L"sent");
+    EXPECT_EQ(GetHits(), Texts(2, L"&t=pageview&dp=%2Fsent")) << "one does not";
 
     StartTracker();
     send(false, L"lost");

@@ -136,6 +136,16 @@ TEST(VnFileSystemItem, RefusesOrReplacesWhatIsThere)
     EXPECT_EQ(folder.List(L"t"), "a c d/ d/b");
     EXPECT_EQ(folder.ReadFile(L"t/a"), "new");
 
+    folder.WriteFile(L"file/d", "in the way of a folder");
+    folder.WriteFile(L"m/d/f");
+    for (const wchar_t* name : {L"m/a", L"m/b", L"m/c", L"m/e", L"m/z"})
+        folder.WriteFile(name);
+    CFollower follower;
+    follower.goesOn = true;
+    EXPECT_FALSE(Item(folder, L"m").Copy(folder.At(L"file"), EReplace::Existing, &follower));
+    EXPECT_EQ(follower.failures, std::vector<VnString>{L"d"});
+    EXPECT_EQ(folder.List(L"file"), "a b c d e z");
+
     VnFileSystemItem moved = Item(folder, L"s/a");
     EXPECT_EQ(moved.Move(folder.At(L"t/c")).GetKind(), EError::Exists);
     EXPECT_EQ(moved.GetPath().GetText(), folder.At(L"s/a").GetText());

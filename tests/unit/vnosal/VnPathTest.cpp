@@ -33,6 +33,7 @@ TEST(VnPath, TakesPathsApart)
         {L"\\\\server", F::Unc, L"\\\\server", L"", L"", L""},
         {L"\\\\.\\COM1", F::Device, L"\\\\.\\COM1", L"", L"", L""},
         {L"\\\\.\\UNC\\s\\h\\a", F::Device, L"\\\\.\\UNC\\s\\h\\", L"", L"a", L""},
+        {L"//.", F::Device, L"//.", L"", L"", L""},
         {L"//?/C:/a", F::Device, L"//?/C:/", L"", L"a", L""},
         {L"\\\\?\\C:\\a/b", F::Extended, L"\\\\?\\C:\\", L"", L"a/b", L""},
         {L"\\\\?\\UNC\\s\\h\\a", F::Extended, L"\\\\?\\UNC\\s\\h\\", L"", L"a", L""},
@@ -207,6 +208,7 @@ TEST(VnPath, ComparesAsTheFileSystemDoes)
 TEST(VnPath, PutsThePrefixForLongPathsOnAndOff)
 {
     const std::wstring name(200, L'n');
+    const std::wstring longest = L"C:\\" + std::wstring(256, L'x');
     const std::wstring deep = L"C:\\a\\" + name + L"\\" + name;
     const struct
     {
@@ -216,7 +218,9 @@ TEST(VnPath, PutsThePrefixForLongPathsOnAndOff)
         {L"C:/a/./b", L"\\\\?\\C:\\a\\b", L"C:\\a\\b"},
         {L"\\\\s\\h\\a", L"\\\\?\\UNC\\s\\h\\a", L"\\\\s\\h\\a"},
         {L"a\\b", L"a\\b", L"a\\b"},
-        {deep, L"\\\\?\\" + deep, L"\\\\?\\" + deep}, // these keep it
+        {longest, L"\\\\?\\" + longest, longest},
+        {longest + L"x", L"\\\\?\\" + longest + L"x", L"\\\\?\\" + longest + L"x"}, // these keep it
+        {deep, L"\\\\?\\" + deep, L"\\\\?\\" + deep},
         {L"\\\\?\\C:\\a.", L"\\\\?\\C:\\a.", L"\\\\?\\C:\\a."},
         {L"C:\\nul", L"\\\\?\\C:\\nul", L"\\\\?\\C:\\nul"},
         {L"\\\\?\\Volume{1}\\a", L"\\\\?\\Volume{1}\\a", L"\\\\?\\Volume{1}\\a"},

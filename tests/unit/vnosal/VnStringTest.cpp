@@ -150,6 +150,19 @@ TEST(VnString, TrimsSplitsJoinsAndMapsCase)
     }
 }
 
+TEST(VnString, AListTakesMoreAfterItWasMovedOrAssigned)
+{
+    VnStringList given = VnString(L"a|b|c|d").Split(L"|");
+    VnStringList moved(std::move(given));
+    VnStringList assigned;
+    assigned = moved;
+    for (VnStringList* list : {&given, &moved, &assigned})
+        for (int i = 0; i < 100; ++i)
+            EXPECT_TRUE(list->Append(L"x"));
+    EXPECT_EQ(given.GetCount(), 100u);
+    EXPECT_EQ(moved.Join(L""), assigned.Join(L""));
+}
+
 TEST(VnString, FormatsAsPrintfDoes)
 {
     const double infinity = std::numeric_limits<double>::infinity();
@@ -163,8 +176,9 @@ TEST(VnString, FormatsAsPrintfDoes)
          L"1|    2|3    |00004|+5| 6"},
         {VnString::Format(L"%.3d|%8.3d|%-8.3d|%08.3d|%.0d|", 7, -7, 7, 7, 0),
          L"007|    -007|007     |     007||"},
-        {VnString::Format(L"%u %x %X %#x %#o %#x %o", 42u, 0xBEEFu, 0xBEEFu, 255u, 8u, 0u, 8u),
-         L"42 beef BEEF 0xff 010 0 10"},
+        {VnString::Format(L"%u %x %X %#x %#X %#o %#x %o", 42u, 0xBEEFu, 0xBEEFu, 255u, 255u, 8u, 0u,
+                          8u),
+         L"42 beef BEEF 0xff 0XFF 010 0 10"},
         {VnString::Format(L"%hhd %hd %hhu %I64d %I32u %zu %jd", 0x1FF, 0x1FFFF, 0x1FF, LLONG_MIN,
                           7u, std::size_t{9}, INTMAX_MAX),
          L"-1 -1 255 -9223372036854775808 7 9 9223372036854775807"},

@@ -20,6 +20,7 @@ TEST(Parser, ReadsDocuments)
         {"declaration", "<?xml version=\"1.0\"?>\n<r>x</r>\n", "<r>x</r>\n"},
         {"text between children", "<r>x<a>1</a>y<b></b></r>", "<r>\n\t<a>1</a>\n\t<b></b>\n</r>\n"},
         {"tabs and line feeds", "<r>\n\t<a>1\t\n2</a>\r\n</r>", "<r>\n\t<a>12</a>\n</r>\n"},
+        {"carriage returns", "<r>1\r\n2</r>", "<r>1\r2</r>\n"},
         {"entities", "<r>&lt;&#65;#_#lbr#_#</r>", "<r>&lt;&#65;#_#lbr#_#</r>\n"},
         {"spaces in the closing tag", "<r>x</ r >", "<r>x</r>\n"},
         {"text behind the root", "<r>x</r> tail", "<r>x</r>\n"},
@@ -44,6 +45,7 @@ TEST(Parser, ReadsDocuments)
 
         {"sections", "<r><![CDATA[a<b & \"c\" 'd'>]]>-<![CDATA[>]]></r>",
          "<r>a&lt;b &amp; &quot;c&quot; &apos;d&apos;&gt;-&gt;</r>\n"},
+        {"section's mark with a tab in it", "<r><![CDA\tTA[x]]></r>", "<r><![CDATA[x]]></r>\n"},
         {"section in a section", "<r><![CDATA[<![CDATA[]]></r>", "<r>&lt;![CDATA[</r>\n"},
         {"section made by another", "<r><![CDA<![CDATA[TA[]]>&]]></r>", "<r><![CDATA[&]]></r>\n"},
     };
