@@ -1,3 +1,4 @@
+#include "tools/collector/Comparison.h"
 #include "tools/collector/HitJson.h"
 #include "tools/collector/HitLog.h"
 #include "tools/collector/Inspector.h"
@@ -5,6 +6,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 using namespace collector;
 
@@ -273,6 +275,77 @@ TEST(Course, FollowsEachVisitor)
                      (ListFindings(report).find("site-without") != std::string::npos ? "!|" : "|");
     }
     EXPECT_EQ(sentences, "event a mal!|event a, second time mal|event a, third time mal|");
+}
+
+HitReport MakeEvent(std::uint64_t id, const char* action)
+{
+    HitReport report = DecodeReport(MakeHit(std::string("/piwik.php?e_c=Scan&e_a=") + action));
+    report.id = id;
+    report.verdicts.clear();
+    return report;
+}
+
+TEST(Plan, IsComparedWithTheHitsThatCame)
+{
+    const std::vector<HitReport> hits = {MakeEvent(1, "Start"), MakeEvent(2, "Step"),
+                                         MakeEvent(3, "Step"), MakeEvent(4, "Stop")};
+    const std::string start = "KPI event with event action = Start\n";
+    const std::string steps = "KPI event with event action = Step\n";
+    const std::string stop = "once KPI ev*t with event category = \"Scan\", e_a = S*op\n";
+    const struct
+    {
+        std::string plan, problems;
+    } cases[] = {
+        {start + "# and\n\n2 times " + steps + stop, ""},
+        {"at most 2 times * * with product =\n2 times KPI *", ""},
+        {start + "at least 1 time " + steps + stop, ""},
+        {start + "1 to 3 times " + steps + stop, ""},
+        {"at most 9 times KPI *\n" + stop, ""},
+        {"others allowed\n" + stop, ""},
+        {"in any order\n" + stop + "2 times " + steps + start, ""},
+        {stop + "2 times " + steps + start,
+         "1: missing: 0 of 1 came; nearest is #4 KPI event Scan / Stop, but it comes in another "
+         "order|3: missing: 0 of 1 came; nearest is #1 KPI event Scan / Start, but it comes in "
+         "another order|unexpected: #1 KPI event Scan / Start|unexpected: #4 KPI event Scan / "
+         "Stop"},
+        {start + "3 times " + steps + stop, "2: missing: 2 of 3 came"},
+        {"never * * with verdict = error\nat most 3 times KPI *",
+         "unexpected: #4 KPI event Scan / Stop"},
+        {"others allowed\nnever KPI * with e_a = *op", "2: forbidden: #4 KPI event Scan / Stop"},
+        {"others allowed\nclassic pageview", "2: missing: 0 of 1 came"},
+        {"others allowed\nKPI * with e_a = Start, code = robot, event label = x",
+         "2: missing: 0 of 1 came; nearest is #1 KPI event Scan / Start, but code is missing, "
+         "event "
+         "label is missing"},
+    };
+    for (const auto& c : cases)
+    {
+        const Plan plan = ParsePlan(c.plan);
+        std::string problems;
+        for (const PlanResult& result : Compare(plan, hits))
+            for (const std::string& problem : result.problems)
+                problems += (problems.empty() ? "" : "|") +
+                            (result.line ? std::to_string(result.line->number) + ": " : "") +
+                            problem;
+        EXPECT_EQ(problems, c.problems) << c.plan;
+    }
+    const std::pair<const char*, const char*> mistakes[] = {
+        {"\nGET x", "plan line 2: \"GET\" is neither classic, measurement, KPI, other nor *"},
+        {"once KPI", "plan line 1: the kind of hit is missing"},
+        {"2 KPI event", "plan line 1: \"times\" is missing behind the number"},
+        {"at most x times KPI event", "plan line 1: \"x\" is no number from 0 to 1000"},
+        {"KPI event with action", "plan line 1: \"action\" is no NAME = VALUE"},
+    };
+    for (const auto& [text, message] : mistakes)
+        try
+        {
+            ParsePlan(text);
+            ADD_FAILURE() << text;
+        }
+        catch (const std::invalid_argument& problem)
+        {
+            EXPECT_STREQ(problem.what(), message);
+        }
 }
 
 TEST(HitLog, WritesJsonAndReadableText)

@@ -65,8 +65,10 @@ TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
     const collector::CSocket taken = collector::BindLoopback(0);
     ASSERT_EQ(::listen(taken.Get(), 1), 0);
     folder.Write("file", "x");
+    folder.Write("plan", "title Nothing\nKPI visit\n");
     const std::string port = std::to_string(collector::GetBoundPort(taken));
     const std::string kept = " --folder " + folder.path;
+    const std::string plan = ' ' + folder.PathOf("plan") + ' ';
     const struct
     {
         std::string arguments;
@@ -74,6 +76,12 @@ TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
         std::string message;
     } cases[] = {
         {"--help", 0, "--port-file FILE"},
+        {"expect --junit " + folder.PathOf("result.xml") + kept + plan + "-- true", 1,
+         "Nothing: 1 difference from the plan\n  line 2: KPI visit\n    missing: 0 of 1 came\n"},
+        {"expect" + kept + plan + "-- sh -c 'exit 3'", 1, "the host ended with 3"},
+        {"expect --timeout 1" + kept + plan + "-- sleep 9", 2, "had to be killed at the timeout"},
+        {"expect" + kept + plan + "-- /nowhere", 1, "cannot start /nowhere"},
+        {"expect" + kept + plan, 1, "expect needs a PLAN, -- and a HOST"},
         {"--quiet --until 1 --timeout 1" + kept, 2, "collector: only 0 of 1 hits have come"},
         {"--colour", 1, "collector: unknown option --colour; see collector --help"},
         {"--port", 1, "collector: --port needs a value: NUMBER"},
@@ -91,6 +99,10 @@ TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
         EXPECT_EQ(code, c.code) << c.arguments;
         EXPECT_THAT(output, HasSubstr(c.message)) << c.arguments;
     }
+    EXPECT_THAT(
+        folder.Read("result.xml"),
+        HasSubstr("name=\"Nothing\" tests=\"2\" failures=\"1\">\n<testcase classname=\"Nothing\" "
+                  "name=\"line 2: KPI visit\"><failure message=\"missing: 0 of 1 came\"/>"));
 }
 
 } // namespace

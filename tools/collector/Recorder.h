@@ -17,6 +17,19 @@ public:
         : store(to), show(std::move(shown))
     {}
 
+    // Takes up visitors and sessions where the store's latest hits left them.
+    void Resume()
+    {
+        constexpr std::size_t most = 10'000;
+        const std::uint64_t last = store.GetState().lastId;
+        HitFilter filter;
+        filter.after = last > most ? last - most : 0;
+        filter.limit = most;
+        const std::lock_guard guard(lock);
+        for (HitReport& report : store.Find(filter, EDetail::Whole))
+            inspector.Inspect(std::move(report.request));
+    }
+
     void Add(const Hit& hit)
     {
         const std::lock_guard guard(lock);

@@ -44,6 +44,7 @@ CStation::CStation(const Options& given, std::function<void(const HitReport&)> c
 {
     if (!lines)
         throw std::runtime_error("cannot write " + linesPath.string());
+    recorder.Resume();
     CollectorSettings settings;
     settings.port = options.port;
     settings.keepHits = false;

@@ -23,6 +23,10 @@ public:
     const CHitStore& GetStore() const { return store; }
     std::uint64_t GetFirstId() const { return before + 1; } // of the hits of this run
 
+    // "https://127.0.0.1:PORT".
+    std::string GetUrl() const { return collector->GetUrl(""); }
+    std::string GetAuthorityPath() const { return authority.GetPemPath().string(); }
+
     // Lets the last answers out and ends. Throws when not all could be kept.
     void Finish();
 
