@@ -146,6 +146,8 @@ public:
                                     {"X-Content-Type-Options", "nosniff"},
                                     {"Cache-Control", "no-store"}});
         server.set_pre_routing_handler([this](const Request& request, Response& response) {
+            // The library would compress, at seconds a megabyte, what never leaves the machine.
+            const_cast<Request&>(request).headers.erase("Accept-Encoding");
             return Admit(request, response);
         });
         server.set_exception_handler(

@@ -26,7 +26,7 @@ class Lane {
     const stroke = this.strokes.get(x) ?? {count: 0, weight: 0, repeated: false, hit};
     stroke.count += 1;
     stroke.weight = Math.max(stroke.weight, heaviest.indexOf(hit.verdict));
-    stroke.repeated ||= hit.codes.includes('repeated');
+    stroke.repeated ||= hit.codes.includes('twice');
     this.strokes.set(x, stroke);
   }
 }
@@ -107,7 +107,7 @@ export class Timeline extends EventTarget {
     pen.scale(scale, scale);
     pen.font = '12px system-ui, sans-serif';
     this.drawAxis(pen, height);
-    this.lanes.forEach((lane, index) => this.drawLane(pen, lane, index * laneHeight));
+    this.lanes.forEach((lane, index) => this.drawLane(pen, lane, axisHeight + index * laneHeight));
     if (this.drag) this.drawDrag(pen, height);
     this.describe();
   }
@@ -127,17 +127,17 @@ export class Timeline extends EventTarget {
     for (let time = Math.ceil((this.first - shift) / step) * step + shift; time <= this.first + this.span; time += step) {
       const x = this.getX(time);
       pen.fillStyle = line;
-      pen.fillRect(x, 0, 1, height - axisHeight);
+      pen.fillRect(x, axisHeight, 1, height - axisHeight);
       pen.fillStyle = text;
       const label = step >= 86400e3 ? showDay(time) : showTime(time).slice(0, step < 1000 ? 12 : 8);
-      if (x + pen.measureText(label).width <= this.width) pen.fillText(label, x, height - 5);
+      if (x + pen.measureText(label).width <= this.width) pen.fillText(label, x, axisHeight - 6);
     }
   }
 
   drawLane(pen, lane, top) {
     const middle = top + laneHeight / 2;
     pen.fillStyle = this.resolve('dim');
-    pen.fillText(visible(lane.name, 24), 4, middle + 4, labelWidth - 12);
+    pen.fillText(visible(lane.name, 20), 4, middle + 4, labelWidth - 12);
     pen.fillStyle = this.resolve('session');
     for (const {first, last} of lane.sessions.values()) {
       pen.beginPath();
@@ -204,7 +204,7 @@ export class Timeline extends EventTarget {
 
   // The stroke nearest to the pointer, within a few pixels.
   findStroke({offsetX, offsetY}) {
-    const lane = this.lanes?.[Math.floor(offsetY / laneHeight)];
+    const lane = this.lanes?.[Math.floor((offsetY - axisHeight) / laneHeight)];
     for (let distance = 0; lane && distance < 6; ++distance)
       for (const x of [offsetX - distance, offsetX + distance])
         if (lane.strokes.has(Math.round(x))) return lane.strokes.get(Math.round(x));
