@@ -4,16 +4,14 @@
 
 namespace frame {
 
-using VnOSAL::VnCriticalSectionLock;
-
 TrackingHit CHitQueue::Take()
 {
     PackedHit oldest;
     {
-        const VnCriticalSectionLock lock(queueLock);
+        const CBriefLock lock(queueLock);
         if (hits.IsEmpty())
             return {};
-        oldest = hits.TakeOldest();
+        hits.TakeOldest(oldest);
     }
     return oldest.Unpack();
 }
@@ -21,14 +19,14 @@ TrackingHit CHitQueue::Take()
 void CHitQueue::Clear()
 {
     CPackedHits dropped; // freed without the lock
-    const VnCriticalSectionLock lock(queueLock);
+    const CBriefLock lock(queueLock);
     std::swap(hits, dropped);
 }
 
 void CHitQueue::Close()
 {
     CPackedHits dropped; // freed without the lock
-    const VnCriticalSectionLock lock(queueLock);
+    const CBriefLock lock(queueLock);
     closed = true;
     std::swap(hits, dropped);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "frame/BriefLock.h"
 #include "frame/PackedHits.h"
-#include "zotracker/vnosal/VnCriticalSection.h"
 
 namespace frame {
 
@@ -27,7 +27,7 @@ public:
     template <class Lead>
     void Append(const HitView& hit, Lead&& lead)
     {
-        const VnOSAL::VnCriticalSectionLock lock(queueLock);
+        const CBriefLock lock(queueLock);
         if (closed)
             return;
         lead(hits);

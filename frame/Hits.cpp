@@ -18,40 +18,35 @@ bool IsEventValue(std::wstring_view value)
 
 } // namespace
 
-HitView MakePageviewHit() { return {EHitType::Pageview, {}, {}, {}, {}, {}, false}; }
+HitView MakePageviewHit() { return {.type = EHitType::Pageview}; }
 
 HitView MakeMessageHit(std::wstring_view text)
 {
-    return {EHitType::Message, {}, {}, {}, {}, text, false};
+    return {.type = EHitType::Message, .field5 = text};
 }
 
 HitView MakeEventHit(std::wstring_view category, std::wstring_view action, std::wstring_view label,
                      std::wstring_view value, std::wstring_view page)
 {
-    HitView hit;
-    hit.type = EHitType::Event;
-    hit.field1 = value.empty() ? L"0" : value;
-    hit.field2 = OrUnknown(category);
-    hit.field3 = OrUnknown(label);
-    hit.field4 = OrUnknown(action);
-    hit.field5 = page;
-    return hit;
+    return {.type = EHitType::Event,
+            .field1 = value.empty() ? L"0" : value,
+            .field2 = OrUnknown(category),
+            .field3 = OrUnknown(label),
+            .field4 = OrUnknown(action),
+            .field5 = page};
 }
 
 HitView MakeEventExHit(std::wstring_view category, std::wstring_view action,
                        std::wstring_view label, std::wstring_view value, std::wstring_view page,
                        bool onceOnly)
 {
-    HitView hit;
-    hit.type = EHitType::Event;
-    if (IsEventValue(value))
-        hit.field1 = value;
-    hit.field2 = OrUnknown(category);
-    hit.field3 = label;
-    hit.field4 = OrUnknown(action);
-    hit.field5 = page;
-    hit.onceOnly = onceOnly;
-    return hit;
+    return {.type = EHitType::Event,
+            .field1 = IsEventValue(value) ? value : std::wstring_view(),
+            .field2 = OrUnknown(category),
+            .field3 = label,
+            .field4 = OrUnknown(action),
+            .field5 = page,
+            .onceOnly = onceOnly};
 }
 
 } // namespace frame

@@ -26,25 +26,23 @@ std::uint32_t CountUnits(std::wstring_view text)
     return static_cast<std::uint32_t>(text.size());
 }
 
-std::size_t CountTextUnits(const Head& head)
-{
-    return std::accumulate(head.lengths.begin(), head.lengths.end(), std::size_t{0});
-}
-
 } // namespace
 
 void CPackedHits::Append(const HitView& hit)
 {
-    const Head head{{CountUnits(hit.field1), CountUnits(hit.field2), CountUnits(hit.field3),
-                     CountUnits(hit.field4), CountUnits(hit.field5)},
-                    static_cast<std::uint8_t>(hit.type),
-                    hit.onceOnly};
-    wchar_t* to = Extend(headUnits + CountTextUnits(head));
+    const std::array texts{&hit.field1, &hit.field2, &hit.field3, &hit.field4, &hit.field5};
+    Head head{{}, static_cast<std::uint8_t>(hit.type), hit.onceOnly};
+    std::size_t units = headUnits;
+    for (std::size_t i = 0; i < texts.size(); ++i)
+    {
+        head.lengths[i] = CountUnits(*texts[i]);
+        units += texts[i]->size();
+    }
+    wchar_t* to = Extend(units);
     std::memcpy(to, &head, sizeof(head));
     to += headUnits;
-    for (const std::wstring_view text :
-         {hit.field1, hit.field2, hit.field3, hit.field4, hit.field5})
-        to += text.copy(to, text.size());
+    for (const std::wstring_view* text : texts)
+        to += text->copy(to, text->size());
 }
 
 // Room for so many more units behind the newest record.
@@ -61,17 +59,23 @@ wchar_t* CPackedHits::Extend(std::size_t units)
     return block.units.get() + std::exchange(block.used, block.used + units);
 }
 
-PackedHit CPackedHits::TakeOldest()
+void CPackedHits::TakeOldest(PackedHit& hit)
 {
-    PackedHit hit;
     const Block& block = blocks.front();
     const wchar_t* const from = block.units.get() + taken;
     std::memcpy(&hit.head, from, sizeof(hit.head));
-    hit.texts.assign(from + headUnits, CountTextUnits(hit.head));
-    taken += headUnits + hit.texts.size();
+    const std::size_t units =
+        std::accumulate(hit.head.lengths.begin(), hit.head.lengths.end(), std::size_t{0});
+    wchar_t* to = hit.texts.data();
+    if (units > hit.texts.size())
+    {
+        hit.longTexts = std::make_unique_for_overwrite<wchar_t[]>(units);
+        to = hit.longTexts.get();
+    }
+    std::copy_n(from + headUnits, units, to);
+    taken += headUnits + units;
     if (taken == block.used)
         LeaveEmptiedBlock();
-    return hit;
 }
 
 void CPackedHits::LeaveEmptiedBlock() noexcept
@@ -88,7 +92,7 @@ TrackingHit PackedHit::Unpack() const
     TrackingHit hit;
     hit.type = static_cast<EHitType>(head.type);
     hit.onceOnly = head.onceOnly;
-    const wchar_t* from = texts.data();
+    const wchar_t* from = longTexts ? longTexts.get() : texts.data();
     const std::uint32_t* length = head.lengths.data();
     for (std::wstring* field : {&hit.field1, &hit.field2, &hit.field3, &hit.field4, &hit.field5})
     {

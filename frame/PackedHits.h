@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <string>
 
 namespace frame {
 
@@ -22,7 +21,8 @@ struct PackedHit
     };
 
     Head head;
-    std::wstring texts; // field1 to field5, without separators
+    std::array<wchar_t, 256> texts;       // field1 to field5, without separators
+    std::unique_ptr<wchar_t[]> longTexts; // in place of `texts` where those have no room
 
     TrackingHit Unpack() const;
 };
@@ -45,7 +45,7 @@ public:
     void Append(const HitView& hit);
 
     // Takes the oldest hit; there must be one. Throws std::bad_alloc, and has taken nothing then.
-    PackedHit TakeOldest();
+    void TakeOldest(PackedHit& hit);
 
 private:
     struct Block

@@ -84,13 +84,14 @@ std::wstring CTrackerBase::GetProductName() const
     return productName;
 }
 
-void CTrackerBase::QueueEvent(HitView event)
+void CTrackerBase::QueueEvent(const HitView& event)
 {
     if (!event.field5.empty())
         return QueueHit(event);
     const std::wstring page = GetProductName();
-    event.field5 = page;
-    QueueHit(event);
+    HitView named = event;
+    named.field5 = page;
+    QueueHit(named);
 }
 
 void CTrackerBase::StartWorker()

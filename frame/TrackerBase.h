@@ -120,7 +120,7 @@ private:
     static std::uint32_t RunTracker(ThreadParam* parameter) noexcept;
 
     // Queues an event; one without a page gets the product's name as its page.
-    void QueueEvent(HitView event);
+    void QueueEvent(const HitView& event);
 
     CWorkerThread worker;
 };

@@ -28,11 +28,11 @@ template <class Text>
 struct BasicHit
 {
     EHitType type = EHitType::None;
-    Text field1;
-    Text field2;
-    Text field3;
-    Text field4;
-    Text field5;
+    Text field1 = {};
+    Text field2 = {};
+    Text field3 = {};
+    Text field4 = {};
+    Text field5 = {};
     bool onceOnly = false; // an event that is sent only the first time it occurs
 
     bool operator==(const BasicHit&) const = default;

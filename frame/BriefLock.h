@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Thread.h"
+#include "zotracker/vnosal/VnCriticalSection.h"
+
+namespace frame {
+
+// Holds a section for its scope that is never held longer than some texts take to be copied. It
+// tries instead of standing in line: a section that has waiters is handed from one to the next, and
+// each hand-over costs a change of threads. Only when many tries were in vain, because the holder
+// gets no processor, it waits as others do.
+class CBriefLock
+{
+public:
+    explicit CBriefLock(VnOSAL::VnCriticalSection& entered) noexcept : section(entered)
+    {
+        for (int i = 0; i < tries; ++i)
+        {
+            if (section.TryEnter())
+                return;
+            if (i >= triesInARow)
+                platform::YieldThread();
+        }
+        section.Enter();
+    }
+    ~CBriefLock() { section.Leave(); }
+    CBriefLock(const CBriefLock&) = delete;
+    CBriefLock& operator=(const CBriefLock&) = delete;
+
+private:
+    static constexpr int triesInARow = 20;
+    static constexpr int tries = 1000;
+
+    VnOSAL::VnCriticalSection& section;
+};
+
+} // namespace frame
