@@ -9,10 +9,12 @@ namespace frame {
 // tries instead of standing in line: a section that has waiters is handed from one to the next, and
 // each hand-over costs a change of threads. Only when many tries were in vain, because the holder
 // gets no processor, it waits as others do.
-class CBriefLock
+class ZO_LOCKING(scoped_lockable) CBriefLock
 {
 public:
-    explicit CBriefLock(VnOSAL::VnCriticalSection& entered) noexcept : section(entered)
+    explicit CBriefLock(VnOSAL::VnCriticalSection& entered) noexcept
+        ZO_LOCKING(acquire_capability(entered)) ZO_LOCKING(no_thread_safety_analysis)
+        : section(entered)
     {
         for (int i = 0; i < tries; ++i)
         {
@@ -23,7 +25,7 @@ public:
         }
         section.Enter();
     }
-    ~CBriefLock() { section.Leave(); }
+    ~CBriefLock() ZO_LOCKING(release_capability()) { section.Leave(); }
     CBriefLock(const CBriefLock&) = delete;
     CBriefLock& operator=(const CBriefLock&) = delete;
 
