@@ -81,16 +81,12 @@ protected:
         return GetTargets();
     }
 
-    std::filesystem::path GetContentFolder() const
-    {
-        return GetPrefix().GetDriveC() / "ProgramData/veltrano/Tidy Desk";
-    }
-
     std::string ReadSavedHistory() const
     {
-        std::ifstream file(GetContentFolder() / "tallyhive.xml", std::ios::binary);
         std::ostringstream saved;
-        saved << file.rdbuf();
+        saved << std::ifstream(GetPrefix().GetDriveC() /
+                               "ProgramData/veltrano/Tidy Desk/tallyhive.xml")
+                     .rdbuf();
         return saved.str();
     }
 };
@@ -139,30 +135,6 @@ TEST_F(ClassicModuleTest, TwoRunsArriveByteForByte)
               MakeTarget(next, 4, 3, "&utmt=event&utme=5(MENU*OPEN%20FILE*)(2)&utmp=P%C3%A4ge"));
     EXPECT_EQ(second[4], MakeTarget(next, 6, 5, parts[5]))
         << "the event for once only is counted, but not sent";
-
-    const std::vector<std::string> third = Report("continue on\npageview\n", "2600");
-    ASSERT_EQ(third.size(), 2u);
-    Visit continued = next;
-    continued.visitor = ReadVisit(third[0]).visitor;
-    continued.number = ReadVisit(third[0]).number;
-    EXPECT_EQ(third[0], MakeTarget(continued, 9, 0, parts[1]));
-    EXPECT_EQ(third[1], MakeTarget(continued, 10, 1, parts[0]));
-}
-
-TEST_F(ClassicModuleTest, TheHistoryIsImportedCountedAndSaved)
-{
-    const std::string fingerprint = "2ed894d6216e1d8ae9dba8c7fb9e7154"; // of "Menu_Open__P"
-    PutConfig(MakeConfig("GAID=UA-1\nProductName=Disk Tool\n"));
-    std::filesystem::create_directories(GetContentFolder());
-    std::ofstream(GetContentFolder() / "tallyhive.dat")
-        << "[HISTORY]\r\nCOUNT=99999999\r\nFP0=" << fingerprint << "\r\nC0=41\r\n";
-    const std::vector<std::string> targets = Report("eventex Menu Open \"\" \"\" P\n", "2600");
-    ASSERT_EQ(targets.size(), 2u);
-    EXPECT_EQ(GetParameter(targets[1], "utme"), "5(MENU*OPEN*)(42)");
-    EXPECT_FALSE(std::filesystem::exists(GetContentFolder() / "tallyhive.dat"));
-    EXPECT_EQ(ReadSavedHistory(),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SimpleXMLElement>\n\t<" + fingerprint +
-                  ">42</" + fingerprint + ">\n</SimpleXMLElement>\n");
 }
 
 TEST_F(ClassicModuleTest, ARefusedFirstHitSilencesTheRunAndIsNotASession)

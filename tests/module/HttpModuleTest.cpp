@@ -104,34 +104,4 @@ TEST_F(HttpModuleTest, Redirects)
                      "POST /a body", "POST /d body", "POST /a body", "POST /a body"}));
 }
 
-TEST_F(HttpModuleTest, BrokenAnswersAndServersThatCannotBeTrusted)
-{
-    const std::string body(30'000, 'b');
-    collector.Order(MakeCutAnswer(body, 9'000));
-    const Lines cut = Ask("get PORT https://HOST/a\n");
-    ASSERT_EQ(cut.size(), 1u);
-    EXPECT_NE(cut[0].find("9000 bytes"), std::string::npos) << cut[0];
-    EXPECT_FALSE(cut[0].starts_with("200 ")) << cut[0];
-
-    for (const EConnectionFault fault :
-         {EConnectionFault::UnknownCertificate, EConnectionFault::WrongHostCertificate})
-    {
-        collector.Clear();
-        collector.Order(fault, CCollector::always);
-        const Lines refused = Ask("post PORT https://HOST/a secret\n");
-        ASSERT_EQ(refused.size(), 1u);
-        EXPECT_TRUE(refused[0].starts_with("3 120")) << refused[0];
-        EXPECT_EQ(GetRequests(), Lines{});
-        collector.CancelOrders();
-    }
-}
-
-// It stays part of the host's name, which nobody resolves.
-TEST_F(HttpModuleTest, APortInTheAddressIsNotUsed)
-{
-    EXPECT_EQ(Ask("post PORT https://HOST:PORT/a b\n"),
-              Lines{"3 12007 " + collector.GetUrl("/a") + " \"\""});
-    EXPECT_EQ(GetRequests(), Lines{});
-}
-
 } // namespace module

@@ -1,7 +1,6 @@
 #include "tests/module/ModuleTest.h"
 
 #include <fstream>
-#include <sstream>
 
 namespace module {
 
@@ -17,12 +16,10 @@ const collector::CAuthority& GetAuthority()
 
 fs::path MakeHostFolder()
 {
-    std::string name = fs::temp_directory_path() / "zotracker-host-XXXXXX";
-    if (::mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("cannot make a temporary folder");
+    const fs::path folder = MakeTemporaryFolder("host");
     for (const char* file : {"ZoTracker.dll", "host.exe", "plugin.dll"})
-        fs::copy_file(GetWindowsBuild() / file, fs::path(name) / file);
-    return name;
+        fs::copy_file(GetWindowsBuild() / file, folder / file);
+    return folder;
 }
 
 } // namespace
@@ -47,22 +44,13 @@ void CModuleTest::PutConfig(const std::string& text) const
         file << (unit == '\n' ? "\r\n" : std::string(1, unit));
 }
 
-std::string CModuleTest::ReadConfig() const
-{
-    std::ifstream file(hostFolder / "install.cfg", std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 std::string CModuleTest::MakeConfig(const std::string& installLines) const
 {
     return "[install]\ntracking=1\nGAURL=" + collector.GetUrl("/__utm.gif?") + "\n" + installLines +
            "[web]\nPIWIKURL=" + collector.GetUrl("/piwik.php") + "\n";
 }
 
-ProgramResult CModuleTest::RunHost(const std::string& commands,
-                                   std::chrono::milliseconds limit) const
+ProgramResult CModuleTest::RunHost(const std::string& commands, std::chrono::seconds limit) const
 {
     return GetPrefix().Run({hostFolder / "host.exe", "--watch"}, commands, limit);
 }

@@ -30,7 +30,6 @@ protected:
 
     // Writes the host's install.cfg; lines end in "\n".
     void PutConfig(const std::string& text) const;
-    std::string ReadConfig() const;
 
     // A configuration that reports to the collector with tracking on, and more lines of the section
     // "install".
@@ -39,7 +38,7 @@ protected:
     // Runs the host with the given commands, one a line. Its status is 0 only if it also saw the
     // module call nothing that it must not.
     ProgramResult RunHost(const std::string& commands,
-                          std::chrono::milliseconds limit = std::chrono::seconds(60)) const;
+                          std::chrono::seconds limit = std::chrono::seconds(60)) const;
 
     // The targets of the hits so far, in order.
     std::vector<std::string> GetTargets() const;

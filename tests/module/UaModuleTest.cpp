@@ -99,34 +99,6 @@ TEST_F(UaModuleTest, EveryKindOfHitArrivesByteForByte)
     EXPECT_TRUE(FindHeader(hit, "User-Agent").ends_with(" (Windows NT 6.1; WOW64)"));
 }
 
-TEST_F(UaModuleTest, TheClientKeepsItsIdentifier)
-{
-    ResetPrefix();
-    PutUaConfig();
-    for (int run = 0; run < 2; ++run)
-        EXPECT_EQ(RunHost("use main\npageview\n").status, 0);
-    ASSERT_EQ(GetBodies().size(), 2u);
-    EXPECT_EQ(GetParameter(GetBodies()[0], "cid"), GetParameter(GetBodies()[1], "cid"));
-}
-
-TEST_F(UaModuleTest, ThePresenceOfTheKeyChoosesTheTracker)
-{
-    PutConfig(MakeConfig() + "[UA]\nEnabled=0\nId=UA-7\nURL=https://127.0.0.1/collect\n");
-    const ProgramResult run = RunHost("use main\nstatus\nenable\nstatus\npageview\n");
-    EXPECT_NE(run.output.find("main disabled"), std::string::npos) << run.output;
-    EXPECT_NE(run.output.find("main enabled"), std::string::npos) << run.output;
-    EXPECT_EQ(GetHitParts(),
-              (Texts{"&t=event&ec=TRACKER&ea=ACTIVATED", "&t=pageview&dp=%2FTidy%20Desk"}));
-    EXPECT_NE(ReadConfig().find("[UA]\r\nEnabled=1\r\n"), std::string::npos) << ReadConfig();
-}
-
-TEST_F(UaModuleTest, TheReleaseSendsWhatIsQueued)
-{
-    PutUaConfig();
-    EXPECT_EQ(RunHost("use main\nrepeat 50 pageview\n").status, 0);
-    EXPECT_EQ(GetBodies().size(), 50u);
-}
-
 TEST_F(UaModuleTest, NothingReachesAServerThatCannotBeTrusted)
 {
     PutUaConfig();

@@ -2,79 +2,24 @@
 
 #include "tools/collector/Authority.h"
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 namespace module {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
-using std::chrono::milliseconds;
 
 namespace {
 
 const fs::path sourceFolder = ZO_SOURCE_FOLDER;
 const fs::path buildFolder = sourceFolder / "build";
 
-[[noreturn]] void Execute(const std::vector<std::string>& command,
-                          const std::vector<std::string>& environment, int input, int output)
-{
-    ::setpgid(0, 0);
-    ::dup2(input, STDIN_FILENO);
-    ::dup2(output, STDOUT_FILENO);
-    ::dup2(output, STDERR_FILENO);
-    for (const std::string& variable : environment)
-        ::putenv(const_cast<char*>(variable.c_str()));
-    std::vector<char*> arguments;
-    for (const std::string& argument : command)
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    arguments.push_back(nullptr);
-    ::execvp(arguments[0], arguments.data());
-    ::_exit(127);
-}
-
-// Collects what the child writes until it has ended. Processes that it leaves behind, such as
-// Wine's services, may hold the pipe open for longer.
-void ReadOutput(int pipe, pid_t child, Clock::time_point deadline, ProgramResult& result)
-{
-    int status = 0;
-    for (bool ended = false;;)
-    {
-        pollfd ready{pipe, POLLIN, 0};
-        ::poll(&ready, 1, ended ? 0 : 20);
-        char buffer[4096];
-        const ssize_t count = (ready.revents & POLLIN) ? ::read(pipe, buffer, sizeof buffer) : 0;
-        if (count > 0)
-            result.output.append(buffer, static_cast<std::size_t>(count));
-        else if (ended)
-            break;
-        ended = ended || ::waitpid(child, &status, WNOHANG) == child;
-        if (!ended && Clock::now() > deadline)
-        {
-            result.hung = true;
-            ::kill(-child, SIGKILL);
-            ended = ::waitpid(child, &status, 0) == child;
-        }
-    }
-    result.status = !result.hung && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-void WriteAll(int pipe, const std::string& text)
-{
-    for (std::size_t done = 0; done < text.size();)
-    {
-        const ssize_t count = ::write(pipe, text.data() + done, text.size() - done);
-        if (count <= 0)
-            return;
-        done += static_cast<std::size_t>(count);
-    }
-}
+std::string Quote(const std::string& word) { return " '" + word + "'"; }
 
 void RunOrThrow(const std::vector<std::string>& command)
 {
@@ -96,40 +41,43 @@ const fs::path& GetBasePrefix()
     return base;
 }
 
-fs::path MakeTemporaryFolder()
+} // namespace
+
+fs::path MakeTemporaryFolder(const std::string& purpose)
 {
-    std::string name = fs::temp_directory_path() / "zotracker-wine-XXXXXX";
+    std::string name = fs::temp_directory_path() / ("zotracker-" + purpose + "-XXXXXX");
     if (::mkdtemp(name.data()) == nullptr)
         throw std::runtime_error("cannot make a temporary folder");
     return name;
 }
 
-} // namespace
-
+// By files, for processes that the program leaves behind, such as Wine's services, may hold a pipe
+// open for longer.
 ProgramResult RunProgram(const std::vector<std::string>& command,
                          const std::vector<std::string>& environment, const std::string& input,
-                         milliseconds limit)
+                         std::chrono::seconds limit)
 {
-    ::signal(SIGPIPE, SIG_IGN);
-    int in[2], out[2];
-    if (::pipe2(in, O_CLOEXEC) != 0 || ::pipe2(out, O_CLOEXEC) != 0)
-        throw std::runtime_error("no pipe");
-    const auto start = Clock::now();
-    const pid_t child = ::fork();
-    if (child == 0)
-        Execute(command, environment, in[0], out[1]);
-    ::close(in[0]);
-    ::close(out[1]);
-    WriteAll(in[1], input);
-    ::close(in[1]);
+    const fs::path folder = MakeTemporaryFolder("run");
+    std::ofstream(folder / "in", std::ios::binary) << input;
+    std::string line = "env";
+    for (const std::string& variable : environment)
+        line += Quote(variable);
+    line += " timeout -s KILL " + std::to_string(limit.count());
+    for (const std::string& word : command)
+        line += Quote(word);
+    line += " <" + Quote(folder / "in") + " >" + Quote(folder / "out") + " 2>&1";
+    const int status = std::system(line.c_str());
     ProgramResult result;
-    ReadOutput(out[0], child, start + limit, result);
-    ::close(out[0]);
-    result.duration = std::chrono::duration_cast<milliseconds>(Clock::now() - start);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.hung = result.status == 128 + SIGKILL;
+    std::ostringstream output;
+    output << std::ifstream(folder / "out", std::ios::binary).rdbuf();
+    result.output = output.str();
+    fs::remove_all(folder);
     return result;
 }
 
-CWinePrefix::CWinePrefix() : folder(MakeTemporaryFolder())
+CWinePrefix::CWinePrefix() : folder(MakeTemporaryFolder("wine"))
 {
     RunOrThrow({sourceFolder / "tools/wine-prefix", "--from", GetBasePrefix(), folder});
 }
@@ -143,7 +91,7 @@ CWinePrefix::~CWinePrefix()
 }
 
 ProgramResult CWinePrefix::Run(const std::vector<std::string>& command, const std::string& input,
-                               milliseconds limit,
+                               std::chrono::seconds limit,
                                const std::vector<std::string>& environment) const
 {
     std::vector<std::string> whole{sourceFolder / "cmake/wine"};

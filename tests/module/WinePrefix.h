@@ -10,16 +10,18 @@ namespace module {
 
 struct ProgramResult
 {
-    int status = -1;    // exit status; -1 when the program was ended by a signal or by us
+    int status = -1;    // exit status
     bool hung = false;  // ended by us after its time limit
     std::string output; // standard output and standard error
-    std::chrono::milliseconds duration{0};
 };
+
+// An empty folder of its own.
+std::filesystem::path MakeTemporaryFolder(const std::string& purpose);
 
 // Runs a program and waits for it; its whole process group is ended after `limit`.
 ProgramResult RunProgram(const std::vector<std::string>& command,
                          const std::vector<std::string>& environment, const std::string& input,
-                         std::chrono::milliseconds limit);
+                         std::chrono::seconds limit);
 
 // A fresh Wine prefix with an empty registry and content folder of its own, which trusts the test
 // authority. Removed, and its server ended, with this object.
@@ -32,7 +34,7 @@ public:
     CWinePrefix& operator=(const CWinePrefix&) = delete;
 
     ProgramResult Run(const std::vector<std::string>& command, const std::string& input = {},
-                      std::chrono::milliseconds limit = std::chrono::seconds(60),
+                      std::chrono::seconds limit = std::chrono::seconds(60),
                       const std::vector<std::string>& environment = {}) const;
 
     // Drive C of this prefix.

@@ -44,19 +44,6 @@ TEST_F(Files, ReadingKeepsToTheLimitAndLeavesTheOutputAloneOnFailure)
     EXPECT_EQ(bytes, "12345");
 }
 
-TEST_F(Files, FoldersAreCreatedOneAtATime)
-{
-    const std::wstring below = PathOf(L"below");
-    EXPECT_FALSE(platform::CreateFolder(below + L"\\deeper"));
-    EXPECT_FALSE(platform::FileSystemItemExists(below));
-    EXPECT_TRUE(platform::CreateFolder(below));
-    EXPECT_TRUE(platform::FileSystemItemExists(below));
-    EXPECT_FALSE(platform::CreateFolder(below));
-    RemoveFolder(below);
-    ASSERT_TRUE(platform::ReplaceFileContents(below, ""));
-    EXPECT_FALSE(platform::CreateFolder(below)) << "a file has the name";
-}
-
 TEST_F(Files, OnlyWritableFilesAreRemovedAndOnlyOnce)
 {
     const std::wstring file = PathOf(L"file.dat");

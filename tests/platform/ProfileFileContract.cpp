@@ -92,13 +92,6 @@ TEST_F(ProfileFile, ReadsValuesAsTextsAndNumbers)
     EXPECT_EQ(ReadText(L"C", L"last", 1), L"");
 }
 
-TEST_F(ProfileFile, AMissingFileGivesTheDefault)
-{
-    EXPECT_EQ(ReadText(L"A", L"k"), L"  default");
-    EXPECT_EQ(platform::ReadProfileInt(L"A", L"k", -1, path), -1);
-    EXPECT_FALSE(platform::FileSystemItemExists(path));
-}
-
 TEST_F(ProfileFile, ReadsUtf16WithAByteOrderMark)
 {
     PutProfile(std::string("\xFF\xFE[\0A\0]\0\r\0\n\0k\0=\0\x16\x04\r\0\n\0", 22));
@@ -121,13 +114,6 @@ TEST_F(ProfileFile, WritingCreatesWhatIsMissingAndKeepsTheRest)
     EXPECT_TRUE(platform::WriteProfileText(L"C", L"k", L"5", path));
     EXPECT_EQ(ReadBytes(), "; head\r\n[A]\r\nk=\xE9\x80\r\n;k2=2\r\nK3=\r\n"
                            "[B]\r\nk=3\r\nk2=4\r\n[C]\r\nk=5\r\n");
-}
-
-TEST_F(ProfileFile, WritingFailsWhereNoFileCanBe)
-{
-    EXPECT_FALSE(platform::WriteProfileText(L"A", L"k", L"1", PathOf(L"none\\install.cfg")));
-    EXPECT_FALSE(platform::WriteProfileText(L"A", L"k", L"1", folder));
-    EXPECT_TRUE(ListFiles(folder).empty());
 }
 
 } // namespace

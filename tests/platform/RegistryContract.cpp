@@ -103,26 +103,6 @@ TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
     }
 }
 
-TEST_F(Registry, WhatIsMissingFailsAndAReadKeyIsNotWritten)
-{
-    const CRegistryKey none = OpenOwn(ERegistryAccess::All);
-    EXPECT_FALSE(none);
-    CreateOwn();
-    CRegistryKey keys[2];
-    keys[1] = OpenOwn(ERegistryAccess::Read);
-    for (CRegistryKey& key : keys)
-    {
-        std::uint32_t type = 99;
-        Bytes buffer(8);
-        std::size_t size = 99;
-        EXPECT_FALSE(key.Set(L"ID", 3, {1}));
-        EXPECT_FALSE(key.QueryType(L"ID", type));
-        EXPECT_EQ(key.Query(L"ID", buffer, size), ERegistryQuery::Failed);
-        EXPECT_EQ(type, 99u);
-        EXPECT_EQ(size, 99u);
-    }
-}
-
 TEST_F(Registry, ValuesKeepTheirTypeAndExactBytes)
 {
     Bytes unterminated(66, 0x31);

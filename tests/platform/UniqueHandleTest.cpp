@@ -42,21 +42,6 @@ TEST(UniqueHandle, ClosesOnceAndLeavesTheLastErrorAlone)
     EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
-TEST(UniqueHandle, ClosesWhatItHeldWhenGivenAnother)
-{
-    closed.clear();
-    CNumber kept(1);
-    kept = CNumber(2);
-    EXPECT_EQ(closed, (Numbers{1}));
-    kept.Reset(3);
-    EXPECT_EQ(closed, (Numbers{1, 2}));
-    *kept.Put() = 4;
-    EXPECT_EQ(closed, (Numbers{1, 2, 3}));
-    EXPECT_EQ(kept.Release(), 4);
-    kept.Reset();
-    EXPECT_EQ(closed, (Numbers{1, 2, 3}));
-}
-
 } // namespace
 
 } // namespace platform

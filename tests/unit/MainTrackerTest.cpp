@@ -33,13 +33,9 @@ TEST_F(MainTrackerTest, ThePresenceOfTheKeyChoosesTheMeasurementProtocol)
         const char* config;
         bool chosen;
     } cases[] = {
-        {"[UA]\r\nEnabled=1\r\nId=U\r\n", true},
-        {"[UA]\r\nEnabled=0\r\n", true},
-        {"[UA]\r\nEnabled=x\r\n", true},
+        {"[UA]\r\nEnabled=1\r\nId=U\r\n", true}, {"[UA]\r\nEnabled=0\r\n", true},
         {"[UA]\r\nEnabled=\r\n", false}, // no value, no key
-        {"[UA]\r\nEnabled=-1\r\n", false},
-        {"[UA]\r\nId=U\r\n", false},
-        {"[install]\r\nEnabled=1\r\n", false},
+        {"[UA]\r\nEnabled=-1\r\n", false},       {"[UA]\r\nId=U\r\n", false},
     };
     for (const auto& c : cases)
     {

@@ -22,31 +22,24 @@ TEST(VnPath, TakesPathsApart)
     } cases[] = {
         {L"", F::Empty, L"", L"", L"", L""},
         {L"a\\b/c", F::Relative, L"", L"a\\b", L"c", L""},
-        {L"C:\\", F::DriveAbsolute, L"C:\\", L"", L"", L""},
         {L"C:\\a\\b.tar.gz", F::DriveAbsolute, L"C:\\", L"a", L"b.tar", L".gz"},
         {L"c:/a/b/", F::DriveAbsolute, L"c:/", L"a/b", L"", L""},
         {L"C:a\\b", F::DriveRelative, L"C:", L"a", L"b", L""},
-        {L"1:\\a", F::Relative, L"", L"1:", L"a", L""},
         {L"/usr/lib/x.so", F::Rooted, L"/", L"usr/lib", L"x", L".so"},
         {L"\\\\server\\share\\d\\f.x", F::Unc, L"\\\\server\\share\\", L"d", L"f", L".x"},
-        {L"//server/share", F::Unc, L"//server/share", L"", L"", L""},
         {L"\\\\server", F::Unc, L"\\\\server", L"", L"", L""},
         {L"\\\\.\\COM1", F::Device, L"\\\\.\\COM1", L"", L"", L""},
         {L"\\\\.\\UNC\\s\\h\\a", F::Device, L"\\\\.\\UNC\\s\\h\\", L"", L"a", L""},
         {L"//.", F::Device, L"//.", L"", L"", L""},
-        {L"//?/C:/a", F::Device, L"//?/C:/", L"", L"a", L""},
         {L"\\\\?\\C:\\a/b", F::Extended, L"\\\\?\\C:\\", L"", L"a/b", L""},
         {L"\\\\?\\UNC\\s\\h\\a", F::Extended, L"\\\\?\\UNC\\s\\h\\", L"", L"a", L""},
         {L"file:///C:/a/b%20c.txt", F::FileUrl, L"file:///C:/", L"a", L"b%20c", L".txt"},
         {L"FILE://server/share/x", F::FileUrl, L"FILE://server/", L"share", L"x", L""},
-        {L"file:///home/u/x.y", F::FileUrl, L"file:///", L"home/u", L"x", L".y"},
         {L"http://host:80/a/b.html?q=1/2#f", F::WebUrl, L"http://host:80/", L"a", L"b", L".html"},
         {L"https://host?q/x.y", F::WebUrl, L"https://host", L"", L"", L""},
         {L"C:\\.gitignore", F::DriveAbsolute, L"C:\\", L"", L"", L".gitignore"},
-        {L"C:\\a\\..", F::DriveAbsolute, L"C:\\", L"a", L"..", L""},
         {L"x\\.", F::Relative, L"", L"x", L".", L""},
         {L"name.", F::Relative, L"", L"", L"name", L"."},
-        {L"a.b\\c", F::Relative, L"", L"a.b", L"c", L""},
     };
     for (const auto& c : cases)
     {
@@ -70,10 +63,8 @@ TEST(VnPath, PutsPartsTogether)
         const wchar_t *root, *directory, *title, *extension, *path;
     } cases[] = {
         {L"C:\\", L"a\\b", L"c", L".txt", L"C:\\a\\b\\c.txt"},
-        {L"C:\\", L"", L"c", L"txt", L"C:\\c.txt"},
         {L"C:", L"a", L"b", L"", L"C:a\\b"},
         {L"\\\\s\\h", L"a", L"b", L"", L"\\\\s\\h\\a\\b"},
-        {L"", L"", L"b", L"", L"b"},
         {L"https://h/", L"a", L"b", L"c", L"https://h/a/b.c"},
     };
     for (const auto& c : cases)
@@ -99,22 +90,17 @@ TEST(VnPath, Normalises)
         {L"a/./b//c", L"a\\b\\c"},
         {L"..\\..\\a\\..", L"..\\.."},
         {L"C:\\a\\..\\..\\b", L"C:\\b"},
-        {L"C:\\..", L"C:\\"},
-        {L"C:a\\.\\b", L"C:a\\b"},
         {L"C:///a///", L"C:\\a\\"},
         {L"/usr/../lib", L"\\lib"},
-        {L"\\..\\a", L"\\a"},
         {L"\\\\server\\share\\a\\..\\..\\b", L"\\\\server\\share\\b"},
         {L"C:\\a.\\b", L"C:\\a\\b"},     // one period at the end of a name
         {L"C:\\...\\b", L"C:\\...\\b"},  // a valid name
         {L"C:\\a \\b. .", L"C:\\a \\b"}, // periods and spaces at the path's end
         {L"C:\\a. \\", L"C:\\a. \\"},    // which this one does not have
         {L"C:\\a\\.\\", L"C:\\a\\"},
-        {L"C:\\a\\b\\..", L"C:\\a"},
         {L"//./C:/a/../b", L"\\\\.\\C:\\b"},
         {L"\\\\?\\C:\\a\\..\\b/.", L"\\\\?\\C:\\a\\..\\b/."}, // never normalised
         {L"http://h/a/./b/../c?x=/../y", L"http://h/a/c?x=/../y"},
-        {L"http://h/../a.", L"http://h/a."},
         {L"file:///C:/../a/", L"file:///C:/a/"},
     };
     for (const auto& c : cases)
@@ -129,14 +115,11 @@ TEST(VnPath, JoinsAndCompletes)
         const wchar_t* absolute; // of the tail
     } cases[] = {
         {L"C:\\a\\", L"..\\b", L"C:\\a\\..\\b", L"C:\\b"},
-        {L"C:\\a", L"", L"C:\\a", L"C:\\a"},
         {L"C:\\a", L"\\b", L"C:\\b", L"C:\\b"},
         {L"C:\\a", L"c:b", L"C:\\a\\b", L"C:\\a\\b"},
         {L"C:\\a", L"D:b", L"D:b", L"D:\\b"},
-        {L"\\\\s\\h", L"b", L"\\\\s\\h\\b", L"\\\\s\\h\\b"},
         {L"C:\\a", L"NUL", L"C:\\a\\NUL", L"\\\\.\\NUL"},
         {L"C:\\a", L"d\\nul", L"C:\\a\\d\\nul", L"C:\\a\\d\\nul"},
-        {L"C:\\a", L"nul.txt", L"C:\\a\\nul.txt", L"C:\\a\\nul.txt"},
         {L"http://h/a?x", L"b?q", L"http://h/a/b?q", L"http://h/a/b?q"},
         {L"http://h/a?q", L"/b", L"http://h/b", L"http://h/b"},
         {L"\\\\?\\C:\\a", L"b", L"\\\\?\\C:\\a\\b", L"\\\\?\\C:\\a\\b"},
@@ -159,14 +142,9 @@ TEST(VnPath, FindsTheWayFromAFolder)
         const wchar_t *path, *base;
         const wchar_t* way; // null when there is none
     } cases[] = {
-        {L"C:\\a\\b", L"c:/A/", L"b"},
-        {L"C:\\a\\b", L"C:\\a\\c\\d", L"..\\..\\b"},
-        {L"C:\\a", L"C:\\a", L"."},
-        {L"C:\\", L"C:\\a\\b", L"..\\.."},
-        {L"D:\\a", L"C:\\a", nullptr},
-        {L"a", L"C:\\", nullptr},
-        {L"\\\\s\\h\\a", L"\\\\s\\i", nullptr},
-        {L"http://h/a/b", L"http://h/A", L"../a/b"},
+        {L"C:\\a\\b", L"c:/A/", L"b"},          {L"C:\\a\\b", L"C:\\a\\c\\d", L"..\\..\\b"},
+        {L"C:\\", L"C:\\a\\b", L"..\\.."},      {L"D:\\a", L"C:\\a", nullptr},
+        {L"\\\\s\\h\\a", L"\\\\s\\i", nullptr}, {L"http://h/a/b", L"http://h/A", L"../a/b"},
     };
     for (const auto& c : cases)
     {
@@ -189,7 +167,6 @@ TEST(VnPath, ComparesAsTheFileSystemDoes)
         {L"C:\\", L"C:", false},
         {L"\\\\?\\C:\\a.", L"C:\\a.", false},
         {L"\xC4.txt", L"\xE4.TXT", true},
-        {L"http://H/a", L"http://h/a", true},
         {L"http://h/A", L"http://h/a", false},
         {L"file:///C:/a%20b", L"c:\\A b", true},
     };
@@ -217,13 +194,11 @@ TEST(VnPath, PutsThePrefixForLongPathsOnAndOff)
     } cases[] = {
         {L"C:/a/./b", L"\\\\?\\C:\\a\\b", L"C:\\a\\b"},
         {L"\\\\s\\h\\a", L"\\\\?\\UNC\\s\\h\\a", L"\\\\s\\h\\a"},
-        {L"a\\b", L"a\\b", L"a\\b"},
         {longest, L"\\\\?\\" + longest, longest},
         {longest + L"x", L"\\\\?\\" + longest + L"x", L"\\\\?\\" + longest + L"x"}, // these keep it
         {deep, L"\\\\?\\" + deep, L"\\\\?\\" + deep},
         {L"\\\\?\\C:\\a.", L"\\\\?\\C:\\a.", L"\\\\?\\C:\\a."},
         {L"C:\\nul", L"\\\\?\\C:\\nul", L"\\\\?\\C:\\nul"},
-        {L"\\\\?\\Volume{1}\\a", L"\\\\?\\Volume{1}\\a", L"\\\\?\\Volume{1}\\a"},
     };
     for (const auto& c : cases)
     {

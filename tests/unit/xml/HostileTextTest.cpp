@@ -51,7 +51,6 @@ TEST(HostileText, MayBeDeep)
     } cases[] = {
         {"same name", Repeat("<a>", levels) + Repeat("</a>", levels), levels},
         {"different names", different, levels},
-        {"attributes, closed once", Repeat("<a b=\"1\">", levels) + "</a>", levels},
         {"names with a tag in them", Repeat("<<a>", levels) + Repeat("</<a>", levels), levels},
     };
     for (const auto& c : cases)
@@ -87,24 +86,14 @@ TEST(HostileText, MayBeLarge)
         std::string text;
         std::size_t expectedChildren;
     } cases[] = {
-        {"less-than signs", Fill("<"), 0},
         {"less-than signs before one tag", InRoot(Fill("<") + "a></a>"), 0},
-        {"greater-than signs", InRoot(Fill(">")), 0},
-        {"slashes", InRoot(Fill("</")), 0},
-        {"doubled slashes in tags", InRoot(Fill("<//>")), 0},
-        {"never closed, with attributes", InRoot(Fill("<a b=\"1\">")), 0},
         {"never closed, one name after another", InRoot(Fill("<a><b><ab><c>")), 0},
-        {"never opened", InRoot(Fill("</a>")), 0},
         {"closed too late", InRoot(Fill("<a>") + "</a>"), 1},
         {"many children", InRoot(Fill("<></>")), large / 5},
         {"a name of tags", InRoot(Fill("<a") + "></" + Fill("<a").substr(1) + ">"), 1},
         {"names within names", InRoot(known + Fill(longest + ">")), 500},
         {"an attribute without end", "<r " + Fill("a=") + "></r>", 0},
-        {"spaces in the name", "<r>x</" + Fill(" ") + "r>", 0},
         {"sections without end", InRoot(Fill("<![CDATA[")), 0},
-        {"sections", InRoot(Fill("<![CDATA[]]>")), 0},
-        {"digits", InRoot(Fill("9")), 0},
-        {"line breaks", Fill("\n"), 0},
     };
     for (const auto& c : cases)
         EXPECT_EQ(SimpleXMLElement(c.text, false).GetChildCount(), c.expectedChildren) << c.what;

@@ -22,31 +22,19 @@ TEST(Parser, ReadsDocuments)
         {"tabs and line feeds", "<r>\n\t<a>1\t\n2</a>\r\n</r>", "<r>\n\t<a>12</a>\n</r>\n"},
         {"carriage returns", "<r>1\r\n2</r>", "<r>1\r2</r>\n"},
         {"entities", "<r>&lt;&#65;#_#lbr#_#</r>", "<r>&lt;&#65;#_#lbr#_#</r>\n"},
-        {"spaces in the closing tag", "<r>x</ r >", "<r>x</r>\n"},
-        {"text behind the root", "<r>x</r> tail", "<r>x</r>\n"},
         {"empty name with value", "<>x</>", "<SimpleXMLElement>x</SimpleXMLElement>\n"},
         {"no element", "1\n< 13", "<SimpleXMLElement>1#_#lbr#_#< 13</SimpleXMLElement>\n"},
 
         {"attributes as written", "<r a = \"1\"  b = \"&lt;\" ></r>",
          "<r a = \"1\"  b = \"&lt;\" ></r>\n"},
-        {"attribute twice", "<r a=\"1\"a=\"b=c\"></r>", "<r a = \"1\"  a = \"b=c\" ></r>\n"},
-        {"attribute without quotes", "<r a=1></r>", "<r></r>\n"},
-        {"attribute with one quote", "<r a=\"1></r>", "<r></r>\n"},
-        {"attribute of two words", "<r a b=\"1\"></r>", "<r a b = \"1\" ></r>\n"},
-        {"attribute behind a longer name", "<row a=\"1\"></r>", "<r a = \"1\" ></r>\n"},
 
         {"same name inside", "<r><a><a x=\"1\">2</a>3</a><b>4</b></r>",
          "<r>\n\t<a>\n\t\t<a x = \"1\" >2</a>\n\t</a>\n\t<b>4</b>\n</r>\n"},
         {"never closed", "<r><a><b>1</b></r>", "<r>\n\t<b>1</b>\n</r>\n"},
-        {"closed outside the parent", "<r><b><a>1</b></a></r>", "<r>\n\t<b><a>1</b>\n</r>\n"},
-        {"closed inside its own start tag", "<r><a </a><b>1</b></r>", "<r>\n\t<b>1</b>\n</r>\n"},
-        {"closed by itself", "<r><a/><b>1</b></r>", "<r>\n\t<b>1</b>\n</r>\n"},
-        {"no child at all", "<r><a>1</r>", "<r><a>1</r>\n"},
 
         {"sections", "<r><![CDATA[a<b & \"c\" 'd'>]]>-<![CDATA[>]]></r>",
          "<r>a&lt;b &amp; &quot;c&quot; &apos;d&apos;&gt;-&gt;</r>\n"},
         {"section's mark with a tab in it", "<r><![CDA\tTA[x]]></r>", "<r><![CDATA[x]]></r>\n"},
-        {"section in a section", "<r><![CDATA[<![CDATA[]]></r>", "<r>&lt;![CDATA[</r>\n"},
         {"section made by another", "<r><![CDA<![CDATA[TA[]]>&]]></r>", "<r><![CDATA[&]]></r>\n"},
     };
     for (const auto& c : cases)

@@ -84,7 +84,6 @@ TEST_F(Files, AddToWhatTheElementHolds)
     {
         const char *what, *file, *expected;
     } cases[] = {
-        {"no tag", "text", "<r o = \"1\" >\n\t<c>1</c>\n</r>\n"},
         {"no root", "text</x>", "< o = \"1\" >\n\t<c>1</c>\n</>\n"},
         {"another root", "<s p=\"2\"><d>2</d></s>",
          "<s o = \"1\"  p = \"2\" >\n\t<c>1</c>\n\t<d>2</d>\n</s>\n"},
