@@ -93,8 +93,7 @@ void ExpectCleanEnd(const ProgramResult& run, const End& end, const std::string&
 // The number behind the last `what`.
 int GetLast(const ProgramResult& run, const std::string& what)
 {
-    return GetMilliseconds({run.status, run.hung, run.output.substr(run.output.rfind(what)), {}},
-                           what);
+    return GetMilliseconds({run.status, run.hung, run.output.substr(run.output.rfind(what))}, what);
 }
 
 // Every stay of the module comes to its end and the next one works.
