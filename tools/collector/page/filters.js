@@ -6,6 +6,10 @@ import {noFilter} from './hits.js';
 
 const inSelects = ['tracker', 'kind', 'product', 'verdict'];
 
+function readFragment() {
+  return {...noFilter, ...Object.fromEntries(new URLSearchParams(location.hash.slice(1)))};
+}
+
 function makeOptions(counts, chosen) {
   const values = [...counts.keys()].filter(value => value !== '').sort();
   if (chosen && !values.includes(chosen)) values.push(chosen);
@@ -22,13 +26,14 @@ function makeVerdictOptions({verdict, code}, chosen) {
 
 // Events: "filter" with the filter chosen.
 export class Filters extends EventTarget {
-  filter = {...noFilter, ...Object.fromEntries(new URLSearchParams(location.hash.slice(1)))};
+  filter = readFragment();
 
   constructor(form) {
     super();
     this.form = form;
     this.chips = form.querySelector('#chips');
     form.elements.text.value = this.filter.text;
+    addEventListener('hashchange', () => this.set(readFragment()));
     form.addEventListener('submit', event => event.preventDefault());
     form.addEventListener('change', event => {
       if (event.target.name !== 'text') this.set({[event.target.name]: event.target.value});
