@@ -23,7 +23,7 @@ void SetVersionInfo(const std::wstring& path, const VersionInfo& info)
 {
     const auto held = versionResources.Hold();
     held->indexOfFile[UpperCase(path)] = static_cast<std::uint8_t>(held->contents.size());
-    VersionInfo& filed = held->contents.emplace_back(info.translations);
+    VersionInfo& filed = held->contents.emplace_back(VersionInfo{info.translations, {}});
     for (const auto& [name, text] : info.texts)
         filed.texts[UpperCase(name)] = text;
 }

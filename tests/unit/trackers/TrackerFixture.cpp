@@ -5,6 +5,9 @@
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/VersionResource.h"
+#include "trackers/classic/CZoTracker.h"
+#include "trackers/kpi/CZoTrackerPiWik.h"
+#include "trackers/ua/CZoTrackerUA.h"
 
 using namespace std::chrono_literals;
 using platform::ERegistryRoot;
@@ -60,6 +63,16 @@ void TrackerFixture::PutOtherHosts(const std::string& installLines, const std::s
     }
 }
 
+void TrackerFixture::StartKind(EKind kind)
+{
+    if (kind == EKind::Kpi)
+        Start<trackers::CZoTrackerPiWik>();
+    else if (kind == EKind::Ua)
+        Start<trackers::CZoTrackerUA>(L"", L"", L"");
+    else
+        Start<trackers::CZoTracker>(L"", L"", L"");
+}
+
 void TrackerFixture::SendPageview()
 {
     tracker->TrackPageview();
@@ -83,12 +96,17 @@ Times TrackerFixture::GetTimes() const
     return times;
 }
 
+std::wstring TrackerFixture::GetText(const simulated::SentRequest& request)
+{
+    return request.object + std::wstring(request.body.empty() ? L"" : L"&") +
+           std::wstring(request.body.begin(), request.body.end());
+}
+
 Texts TrackerFixture::GetTexts()
 {
     Texts texts;
     for (const auto& request : simulated::GetSentRequests())
-        texts.push_back(request.object + std::wstring(request.body.empty() ? L"" : L"&") +
-                        std::wstring(request.body.begin(), request.body.end()));
+        texts.push_back(GetText(request));
     return texts;
 }
 

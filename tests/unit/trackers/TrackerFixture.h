@@ -17,6 +17,13 @@ inline constexpr const char* uaSection = "[UA]\r\nEnabled=1\r\nId=UA-1\r\n";
 inline constexpr const wchar_t* clientKey =
     L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\46f734e13099f6f6170911a3d254a099";
 
+enum class EKind
+{
+    Classic,
+    Ua,
+    Kpi
+};
+
 using Texts = std::vector<std::wstring>;
 using Times = std::vector<std::int64_t>;
 
@@ -46,6 +53,9 @@ protected:
         simulated::SettleWorkers();
     }
 
+    // The same for a kind, without any argument.
+    void StartKind(EKind kind);
+
     // Reports a pageview and lets it go out.
     void SendPageview();
 
@@ -55,7 +65,10 @@ protected:
     // Since the latest start.
     Times GetTimes() const;
 
-    // What each request says: its object and its body.
+    // What a request says: its object and its body.
+    static std::wstring GetText(const simulated::SentRequest& request);
+
+    // What each request says.
     static Texts GetTexts();
 
     // The same from `mark` on, or "-".

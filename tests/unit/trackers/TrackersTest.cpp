@@ -1,9 +1,6 @@
 #include "tests/simulated/Files.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/unit/trackers/TrackerFixture.h"
-#include "trackers/classic/CZoTracker.h"
-#include "trackers/kpi/CZoTrackerPiWik.h"
-#include "trackers/ua/CZoTrackerUA.h"
 
 #include <algorithm>
 #include <thread>
@@ -11,13 +8,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-
-enum class EKind
-{
-    Classic,
-    Ua,
-    Kpi
-};
 
 // What is expected of each kind.
 template <class Value>
@@ -30,15 +20,7 @@ struct Each
 class TrackersTest : public TrackerFixture, public testing::WithParamInterface<EKind>
 {
 protected:
-    void StartTracker()
-    {
-        if (GetParam() == EKind::Kpi)
-            Start<trackers::CZoTrackerPiWik>();
-        else if (GetParam() == EKind::Ua)
-            Start<trackers::CZoTrackerUA>(L"", L"", L"");
-        else
-            Start<trackers::CZoTracker>(L"", L"", L"");
-    }
+    void StartTracker() { StartKind(GetParam()); }
 
     template <class Value>
     static Value Of(const Each<Value>& each)
