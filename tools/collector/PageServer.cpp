@@ -142,6 +142,7 @@ public:
         : store(from), reset(std::move(forget))
     {
         server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
+        server.set_keep_alive_timeout(1); // seconds; the program's end waits for them
         server.set_default_headers({{"Content-Security-Policy", "default-src 'self'"},
                                     {"X-Content-Type-Options", "nosniff"},
                                     {"Cache-Control", "no-store"}});
