@@ -44,7 +44,7 @@ bool QueryComputerName(std::size_t limit, std::wstring& name)
 
 ProcessorVendor QueryProcessorVendor() { return {0x6C65746E, 0x49656E69}; } // "ntel", "ineI"
 
-std::vector<NetworkAdapter> ListNetworkAdapters() { return {}; }
+std::vector<NetworkAdapter> ListNetworkAdapters() { return facts->adapters; }
 
 bool IsAlphanumeric(wchar_t unit)
 {

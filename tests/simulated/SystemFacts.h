@@ -23,6 +23,7 @@ struct SystemFacts
     std::uint16_t languageId = 0x0409;
     platform::ScreenSize screen = {1024, 768};
     std::optional<std::wstring> computerName = L"COMPUTER";
+    std::vector<platform::NetworkAdapter> adapters; // none at first
     std::deque<std::int32_t> draws;   // the next of any thread; 41 when they are used up
     std::vector<std::uint32_t> seeds; // given so far
 };
