@@ -22,9 +22,9 @@ std::wstring GetFileName(const std::wstring& path);
 // A shell special folder by its CSIDL number, ending in "\"; "\" alone when there is none.
 std::wstring GetSpecialFolderPath(int folderId);
 
-// The suite's folder for the data of all users, without a separator at the end; its last name is
-// `companyFolderWord`. Holds a doubled backslash before it, which the system accepts. Nobody has
-// created it. Where the system names no folder for it, it cannot exist.
+// The suite's folder for the data of all users: "C:\ProgramData\\veltrano", with the doubled
+// separator, which the system accepts, and none at the end. It need not exist; where the system
+// names no folder for the data of all users, it cannot.
 std::wstring GetSuiteFolder(const std::wstring& companyFolderWord = L"veltrano");
 
 } // namespace env

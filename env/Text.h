@@ -10,7 +10,7 @@ namespace env {
 std::string Utf16ToUtf8(std::wstring_view text);
 
 // The text of UTF-8 bytes, bytes that are not UTF-8 as U+FFFD. Text of exactly 65,533 units is read
-// in the system's default code page instead.
+// in the system's default code page instead: what was stored at that length was stored so.
 std::wstring Utf8ToUtf16(std::string_view bytes);
 
 // The text of bytes in the system's default code page.

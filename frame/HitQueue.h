@@ -22,8 +22,8 @@ public:
         Append(hit, [](CPackedHits&) {});
     }
 
-    // The same, with what `lead` appends to the hits it is given in front of it; both under one
-    // lock.
+    // The same, but first calls `lead` with the hits that are queued: what it appends to them comes
+    // in front of `hit`, and no other thread's hit comes between, for both are under one lock.
     template <class Lead>
     void Append(const HitView& hit, Lead&& lead)
     {

@@ -49,7 +49,7 @@ protected:
     explicit CTrackerBase(std::wstring_view threadName);
     ~CTrackerBase() override = default;
 
-    // Appends a hit; a tracker may let others lead it in.
+    // Appends a hit. The classic tracker puts others in front of the first one of a run.
     virtual void QueueHit(const HitView& hit) { queue.Append(hit); }
 
     // The worker's routine: takes hits until a stop is requested. A worker that fails, for want of

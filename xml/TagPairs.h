@@ -16,6 +16,9 @@ namespace xml {
 // may start a child. The child ends at the first closing tag of its name that closes more than was
 // opened behind its start tag. A closing tag inside the start tag ends it, too, and makes it none.
 //
+//   <a><a>1</a>2</a>       the first <a> ends at the second </a>, for another one was opened
+//   <a><a x="1">2</a>3</a> the first <a> ends at the first </a>: "<a " is not counted
+//
 // All are found in one pass. Names ending at the same ">" are suffixes of each other; they are told
 // apart by hashes that grow from the right and confirmed byte by byte, so that each byte is
 // compared a bounded number of times.

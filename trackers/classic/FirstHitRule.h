@@ -11,8 +11,9 @@ namespace trackers {
 // The custom variable that tells a campaign code: slot 1, name "PHASH", scope 2 (a session).
 frame::HitView MakePhashHit(std::wstring_view phash);
 
-// Leads the first hit of a run in: a pageview in front of anything that is none, then the campaign
-// code when there is one.
+// What goes out before the first hit of a run: a pageview, unless that hit is one itself, and the
+// campaign code, when there is one. A run that begins with an event sends: pageview, code, event;
+// one that begins with a pageview: code, pageview.
 //
 // Threads: call under the lock of the queue whose hits it appends to.
 class CFirstHitRule

@@ -10,10 +10,14 @@ namespace trackers {
 // not there in its exact length. Any thread.
 std::wstring GetKpiUserId();
 
-// A new identifier of 32 units, mostly digits: the decimal text of the tick count as a signed
-// number, behind it that of the time in seconds since 1970, and from twice the length of the first
-// text on, over the end of the second one where they meet, the decimal codes of the computer's
-// name in a cycle.
+// A new identifier of 32 units, mostly digits. For the tick count 12345, the time 1500000000 and
+// the computer "AB":
+//
+//   12345 15000 6566656665666566656665      (without the spaces)
+//
+// the tick count as a signed number; as many units of the time in seconds since 1970, with
+// zeros behind it if it has fewer; then the decimal codes of the name's units, 65 and 66, again and
+// again.
 std::wstring BuildKpiUserId(std::uint32_t tick, std::int64_t time, std::wstring_view computerName);
 
 } // namespace trackers

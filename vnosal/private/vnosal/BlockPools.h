@@ -3,8 +3,8 @@
 #include "zotracker/vnosal/VnString.h"
 
 // Where the blocks of strings come from: blocks of 64, 128, 256 and 512 units from fixed pools,
-// larger ones, and those that find their pool exhausted, from the heap. Blocks of a block's size
-// hold one unit less, for the terminating zero.
+// larger ones, and those that find their pool exhausted, from the heap. A block of 64 units holds a
+// text of 63, for the terminating zero stands in it, too.
 //
 // The memory of the pools goes when the library is unloaded, or with the last block in use
 // afterwards. Any thread; no operation waits for another thread.

@@ -41,7 +41,8 @@ SystemError FlushFile(std::intptr_t file) noexcept;
 // The number of this process.
 std::uint32_t GetProcessNumber() noexcept;
 
-// The path as the system reads it, so that its last name is the one that an item has.
+// The path as the system reads it: on Windows "C:\d\f. " is "C:\d\f", for the system drops
+// blanks and periods at the end. Its last name is then the one that the item really has.
 VnString CleanPath(const VnString& path) noexcept;
 
 // A name that no other call, thread or process uses, for a file that another is to be replaced by.

@@ -15,16 +15,18 @@ protected:
     ~IByteCounter() = default;
 };
 
-// Whether somebody may put something else in a folder's place while the cursor is in it. Where the
-// system works with open folders anyway there is no difference.
+// Whether others may move the folder away, and put another one in its place, while the cursor is in
+// it. Firm keeps the folder open so that they may not. Where the cursor works on the open folder
+// itself (Linux), it stays in the one that was moved, and both are the same.
 enum class EHold : std::uint8_t
 {
     Loose,
     Firm
 };
 
-// A place in a tree of folders, and the operations on the names in the folder it is at. A name is
-// one name: no link in the path to it can lead elsewhere once the cursor is there.
+// A place in a tree of folders, and the operations on the names in the folder it is at. A
+// name holds no separator: "d/f" is reached by going to "d" first. So once the cursor is in "d",
+// nobody who puts a link in the place of "d" can lead it elsewhere.
 //
 // Going up needs no open folder for each level: the depth of a tree is not limited.
 class CFolderCursor
