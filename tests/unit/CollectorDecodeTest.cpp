@@ -2,6 +2,7 @@
 #include "tools/collector/HitJson.h"
 #include "tools/collector/HitLog.h"
 #include "tools/collector/Inspector.h"
+#include "tools/collector/LogLine.h"
 #include "tools/collector/QueryText.h"
 
 #include <cstdlib>
@@ -275,6 +276,41 @@ TEST(Course, FollowsEachVisitor)
                      (ListFindings(report).find("site-without") != std::string::npos ? "!|" : "|");
     }
     EXPECT_EQ(sentences, "event a mal!|event a, second time mal|event a, third time mal|");
+}
+
+TEST(LogLine, ReadsWhatWebServersWrite)
+{
+    const std::string time = "10.0.0.1 - - [10/Oct/2023:13:55:36 -0730] ";
+    const std::string rest = " 204 0 \"-\" \"Tool/2 (W)\"";
+    const struct
+    {
+        std::string line, expected; // second|method|target|version|agent|body
+    } cases[] = {
+        {time + R"("GET /piwik.php?_cvar={\x221\x22:[\x22p\x22,%20\x22a\x5Cb\x22]} HTTP/1.1")" +
+             rest,
+         R"(1696973136|GET|/piwik.php?_cvar={"1":["p",%20"a\b"]}|HTTP/1.1|Tool/2 (W)|)"},
+        {"h:443 " + time + R"("GET /piwik.php?_cvar={\"1\"} \\ b HTTP/1.1")" + rest,
+         R"(1696973136|GET|/piwik.php?_cvar={"1"} \ b|HTTP/1.1|Tool/2 (W)|)"},
+        {time + "\"POST /collect?z=1 HTTP/1.1\"" + rest + R"( "v=1\xC3\xA9&t=\x0A")",
+         "1696973136|POST|/collect?z=1|HTTP/1.1|Tool/2 (W)|v=1\u00E9&t=\n"},
+        {time + "\"GET /x HTTP/1.0\" 200 1", "1696973136|GET|/x|HTTP/1.0||"},
+        {R"({"time":1500,"request":{"method":"GET","target":"/a"}})", "1|GET|/a|||"},
+        {time + "\"\\x16\\x03\" 400 0", ""},
+        {time + "\"GET /x HTTP/1.0", ""},
+        {"h - - [99/Foo/2023:13:55:36 -0730] \"GET /x HTTP/1.0\"", ""},
+        {"{}", ""},
+        {"\\", ""},
+    };
+    for (const auto& c : cases)
+    {
+        const std::optional<Hit> hit = ReadLogLine(c.line);
+        std::string text;
+        if (hit)
+            text = std::to_string(std::chrono::system_clock::to_time_t(hit->time)) + '|' +
+                   hit->method + '|' + hit->target + '|' + hit->version + '|' +
+                   FindHeader(*hit, "User-Agent") + '|' + hit->body;
+        EXPECT_EQ(text, c.expected) << c.line;
+    }
 }
 
 HitReport MakeEvent(std::uint64_t id, const char* action)

@@ -2,7 +2,6 @@
 #include "tests/unit/TemporaryFolder.h"
 #include "tests/unit/TlsClient.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <gmock/gmock.h>
@@ -55,8 +54,12 @@ TEST(CollectorProgram, EndsAfterTheHitsAndAnswersTheLastOne)
     EXPECT_EQ(answers, "200 200 200 ");
     EXPECT_THAT(output, HasSubstr(" KPI  event Scan / Start\n"));
     EXPECT_THAT(output, HasSubstr("\nHits: 3\n  trackers: KPI 1, classic 1, other 1\n"));
-    const std::string lines = folder.Read("hits.jsonl");
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 3);
+    // What was recorded is read back: twice into one database, and out of it at the next start.
+    const std::string database = " --database " + folder.PathOf("hits.db");
+    const std::string read = "read --quiet" + database + ' ' + folder.PathOf("hits.jsonl ");
+    EXPECT_EQ(RunCollector(read + folder.PathOf("hits.jsonl")).first, 0);
+    EXPECT_THAT(RunCollector("--timeout 1 --folder " + folder.path + database).second,
+                HasSubstr("\nHits: 4\n  trackers: KPI 2, classic 2\n"));
 }
 
 TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
@@ -81,6 +84,9 @@ TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
         {"expect" + kept + plan + "-- sh -c 'exit 3'", 1, "the host ended with 3"},
         {"expect --timeout 1" + kept + plan + "-- sleep 9", 2, "had to be killed at the timeout"},
         {"expect" + kept + plan + "-- /nowhere", 1, "cannot start /nowhere"},
+        {"read --quiet", 1, "read needs a FILE, or - for standard input"},
+        {"read " + folder.PathOf("nothing"), 1, "cannot read " + folder.PathOf("nothing") + ": No"},
+        {"read " + folder.PathOf("file"), 0, "0 hits, 0 other requests, 1 lines without a request"},
         {"expect" + kept + plan, 1, "expect needs a PLAN, -- and a HOST"},
         {"--quiet --until 1 --timeout 1" + kept, 2, "collector: only 0 of 1 hits have come"},
         {"--colour", 1, "collector: unknown option --colour; see collector --help"},

@@ -60,7 +60,7 @@ void AppendWord(std::string& text, std::string_view separator, std::string_view 
 DecodedHit DecodeHit(const Hit& hit)
 {
     DecodedHit decoded{GetEndpoint(hit.target), {}, {}};
-    decoded.parameters.reserve(40);
+    decoded.parameters.reserve(32);
     if (decoded.endpoint == EEndpoint::Measurement)
         AppendAll(decoded.endpoint, hit.body, decoded.parameters);
     AppendAll(decoded.endpoint, GetQuery(hit.target), decoded.parameters);

@@ -118,15 +118,19 @@ std::string WriteLine(const HitReport& report)
 
 std::string WriteFields(const HitReport& report)
 {
-    std::string json;
+    std::string json = "{";
+    const std::size_t end = std::min(report.parameters.size(), mostFields);
+    for (std::size_t index = 0; index < end; ++index)
     {
-        CJsonObject object(json);
-        const std::size_t end = std::min(report.parameters.size(), mostFields);
-        for (std::size_t index = 0; index < end; ++index)
-            if (!CameBefore(report.parameters, index))
-                object.Add(report.parameters[index].meaning, report.parameters[index].decoded);
+        if (CameBefore(report.parameters, index))
+            continue;
+        if (json.size() > 1)
+            json += ',';
+        AppendJsonText(json, report.parameters[index].meaning);
+        json += ':';
+        AppendJsonText(json, report.parameters[index].decoded);
     }
-    return json;
+    return json + '}';
 }
 
 std::string WriteHeaders(const HitReport& report)

@@ -8,7 +8,7 @@ namespace collector {
 // Appends the text as a JSON string. Bytes that are no UTF-8 become U+FFFD.
 void AppendJsonText(std::string& json, std::string_view text);
 
-// Writes one JSON object, member by member, without building a tree of it.
+// Writes one JSON object, member by member, without building a tree of it. Names go in as they stand.
 class CJsonObject
 {
 public:
@@ -24,11 +24,9 @@ public:
     // Where the caller appends the member's value itself.
     std::string& Begin(std::string_view name)
     {
-        if (!first)
-            json += ',';
+        json.append(first ? "\"" : ",\"").append(name).append("\":");
         first = false;
-        AppendJsonText(json, name);
-        return json += ':';
+        return json;
     }
 
 private:

@@ -59,13 +59,15 @@ void Refuse(Response& response, int status, const std::string& reason)
 
 std::string WriteNumbers(const std::map<std::string, std::size_t>& numbers)
 {
-    std::string text;
+    std::string text = "{";
+    for (const auto& [name, count] : numbers)
     {
-        CJsonObject object(text);
-        for (const auto& [name, count] : numbers)
-            object.Add(name, static_cast<long long>(count));
+        if (text.size() > 1)
+            text += ',';
+        AppendJsonText(text, name); // a product's may hold anything
+        text += ':' + std::to_string(count);
     }
-    return text;
+    return text + '}';
 }
 
 std::string WriteSummaryOf(const HitCounts& counts)

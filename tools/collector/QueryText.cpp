@@ -1,6 +1,5 @@
 #include "tools/collector/QueryText.h"
 
-#include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cstdint>
@@ -155,7 +154,10 @@ std::size_t DecodeOne(std::string_view text, CMixedText& decoded)
 
 std::string DecodeText(std::string_view text)
 {
-    if (std::all_of(text.begin(), text.end(), [](char byte) { return byte > 0 && byte != '%'; }))
+    unsigned char special = 0;
+    for (const unsigned char byte : text)
+        special |= static_cast<unsigned char>((byte > '~') | (byte == '%'));
+    if (special == 0)
         return std::string(text);
     CMixedText decoded;
     while (!text.empty())
