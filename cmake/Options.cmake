@@ -37,6 +37,10 @@ if(WIN32)
                              _WIN32_WINNT=0x0601)
   # Hosts do not ship the compiler's runtime libraries.
   add_link_options(-static)
+  # The same sources make the same files, wherever and whenever they are built.
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+                      -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+  add_link_options(-Wl,--no-insert-timestamp)
 else()
   find_package(Threads REQUIRED)
   target_link_libraries(zo_options INTERFACE Threads::Threads)
