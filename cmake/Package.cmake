@@ -26,6 +26,7 @@ install(FILES README.md CHANGELOG.md DESTINATION .)
 install(FILES LICENSE DESTINATION . OPTIONAL) # the owner's to choose
 install(FILES docs/notices.md DESTINATION . RENAME NOTICES.md)
 install(DIRECTORY docs DESTINATION .)
+install(DIRECTORY samples DESTINATION .)
 foreach(runtime gcc-mingw-w64-base mingw-w64-x86-64-dev)
   install(FILES /usr/share/doc/${runtime}/copyright DESTINATION notices RENAME ${runtime}.txt OPTIONAL)
 endforeach()

@@ -2,7 +2,7 @@
 # compiler in use and the place of the DLL. A host that loads the DLL by Loader.h or zotracker.h uses
 # the same target: it then imports nothing.
 get_filename_component(_zotracker_root "${CMAKE_CURRENT_LIST_DIR}/../../.." ABSOLUTE)
-if(NOT WIN32 OR NOT CMAKE_SIZEOF_VOID_P EQUAL 8)
+if(NOT WIN32 OR "${CMAKE_SIZEOF_VOID_P}" STREQUAL 4)
   set(ZoTracker_FOUND FALSE)
   set(ZoTracker_NOT_FOUND_MESSAGE "ZoTracker is for 64-bit Windows")
   return()

@@ -1,15 +1,10 @@
+#include "tests/module/Display.h"
 #include "tests/module/ModuleTest.h"
-
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <future>
 #include <sstream>
-#include <stdexcept>
 
 using namespace std::chrono_literals;
 
@@ -17,49 +12,8 @@ namespace module {
 
 namespace {
 
-constexpr int width = 1000;
-constexpr int height = 700;
-
-// An X server without a screen, on a display number of its own choice.
-class CDisplay
-{
-public:
-    CDisplay()
-    {
-        int pipe[2];
-        if (::pipe(pipe) != 0)
-            throw std::runtime_error("no pipe");
-        const std::string descriptor = std::to_string(pipe[1]);
-        server = ::fork();
-        if (server == 0)
-        {
-            const int silence = ::open("/dev/null", O_WRONLY);
-            ::dup2(silence, STDERR_FILENO);
-            ::close(pipe[0]);
-            ::execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0",
-                     "1000x700x24", "-nolisten", "tcp", nullptr);
-            ::_exit(127);
-        }
-        ::close(pipe[1]);
-        for (char digit = 0; ::read(pipe[0], &digit, 1) == 1 && digit != '\n';)
-            name += digit;
-        ::close(pipe[0]);
-    }
-    ~CDisplay()
-    {
-        ::kill(server, SIGTERM);
-        ::waitpid(server, nullptr, 0);
-    }
-    CDisplay(const CDisplay&) = delete;
-    CDisplay& operator=(const CDisplay&) = delete;
-
-    bool IsRunning() const { return !name.empty(); }
-    std::string GetName() const { return ":" + name; }
-
-private:
-    pid_t server = -1;
-    std::string name;
-};
+constexpr int width = CDisplay::width;
+constexpr int height = CDisplay::height;
 
 struct Area
 {
@@ -74,12 +28,11 @@ constexpr int CountPixels(const Area& area)
     return (area.right - area.left) * (area.bottom - area.top);
 }
 
-// What is on the display just now: 3 bytes a pixel. Empty when there is none.
-std::string TakePicture(const std::string& display)
+// What is on the display just now; empty when there is none.
+std::string TakePicture(const CDisplay& display)
 {
-    const ProgramResult picture = RunProgram(
-        {"import", "-display", display, "-window", "root", "-depth", "8", "rgb:-"}, {}, {}, 10s);
-    return picture.output.size() == std::size_t{3} * width * height ? picture.output : "";
+    const std::string picture = display.TakePicture();
+    return picture.size() == std::size_t{3} * width * height ? picture : "";
 }
 
 int CountWhitePixels(const std::string& picture, const Area& area)
@@ -128,7 +81,7 @@ protected:
         std::vector<Sight> sights;
         while (run.wait_for(200ms) != std::future_status::ready)
         {
-            const std::string picture = TakePicture(display.GetName());
+            const std::string picture = TakePicture(display);
             if (IsDesktop(picture))
                 sights.push_back(Look(picture));
         }
