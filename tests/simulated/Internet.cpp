@@ -53,7 +53,7 @@ Answer TakeAnswer()
 {
     const auto held = internet.Hold();
     if (held->script.empty())
-        return {};
+        return held->server ? held->server() : Answer();
     Answer answer = std::move(held->script.front());
     held->script.pop_front();
     return answer;

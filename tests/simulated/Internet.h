@@ -6,13 +6,14 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 // The scripted internet of the simulated Windows: every request that is sent takes the next answer
-// of the script, or a plain 200 when the script is empty, and is noted.
+// of the script, or that of the server when the script is empty, and is noted.
 namespace simulated {
 
 // Where in a request's life an answer makes a call fail.
@@ -64,6 +65,7 @@ struct SentRequest
 struct Internet
 {
     std::deque<Answer> script;
+    std::function<Answer()> server; // answers what the script does not; none: a plain 200
     std::vector<SentRequest> sent; // failed sends included
     std::pair<bool, std::uint32_t> connected{true, 0};
     std::pair<platform::EConnectivity, std::uint32_t> connectivity{}; // and its error
