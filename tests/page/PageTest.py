@@ -78,17 +78,21 @@ class Collector:
         return answer
 
 
+def start_browser():
+    options = webdriver.ChromeOptions()
+    options.binary_location = '/usr/bin/chromium'
+    for argument in ('--headless=new', '--window-size=1400,900', '--disable-gpu', '--disable-dev-shm-usage'):
+        options.add_argument(argument)
+    if os.geteuid() == 0:
+        options.add_argument('--no-sandbox')
+    options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
+    return webdriver.Chrome(service=Service('/usr/bin/chromedriver'), options=options)
+
+
 class PageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        options = webdriver.ChromeOptions()
-        options.binary_location = '/usr/bin/chromium'
-        for argument in ('--headless=new', '--window-size=1400,900', '--disable-gpu', '--disable-dev-shm-usage'):
-            options.add_argument(argument)
-        if os.geteuid() == 0:
-            options.add_argument('--no-sandbox')
-        options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
-        cls.browser = webdriver.Chrome(service=Service('/usr/bin/chromedriver'), options=options)
+        cls.browser = start_browser()
         cls.addClassCleanup(cls.browser.quit)
 
     def setUp(self):
