@@ -1,5 +1,6 @@
 #include "tools/host/Session.h"
 
+#include "tools/host/HostileCalls.h"
 #include "tools/host/ImportWatch.h"
 #include "tools/host/Process.h"
 
@@ -26,6 +27,15 @@ void Print(const char* format, Values... values)
 }
 
 int ToNumber(const std::wstring& word) { return ::_wtoi(word.c_str()); }
+
+long GetMicroseconds()
+{
+    LARGE_INTEGER count = {}, frequency = {};
+    ::QueryPerformanceCounter(&count);
+    ::QueryPerformanceFrequency(&frequency);
+    return static_cast<long>(count.QuadPart % (1000 * frequency.QuadPart) * 1'000'000 /
+                             frequency.QuadPart);
+}
 
 // Runs `work` and prints how long it took.
 void Time(const char* what, const std::function<void()>& work)
@@ -113,10 +123,21 @@ void CSession::End()
 
 void CSession::ForEach(const std::function<void(ITracker&)>& operation) const
 {
-    if (main != nullptr && used != L"kpi")
-        operation(*main);
-    if (kpi != nullptr && used != L"main")
-        operation(*kpi);
+    const auto perform = [&](ITracker* tracker) {
+        if (tracker == nullptr)
+            return;
+        const long start = GetMicroseconds();
+        operation(*tracker);
+        const long passed = GetMicroseconds() - start;
+        ++callCount;
+        for (long longest = longestCall; passed > longest;)
+            if (longestCall.compare_exchange_weak(longest, passed))
+                break;
+    };
+    if (used != L"kpi")
+        perform(main);
+    if (used != L"main")
+        perform(kpi);
 }
 
 bool CSession::Obey(const Command& command)
@@ -138,6 +159,8 @@ bool CSession::Obey(const Command& command)
         StarveAllocations(ToNumber(argument), std::max(1, ToNumber(GetWord(command, 2))));
     else if (verb == L"starved")
         Print("starved %ld", GetStarvedCount());
+    else if (verb == L"calls")
+        Print("calls %ld, longest %ld us", callCount.load(), longestCall.load());
     else if (verb == L"plugin")
         ::LoadLibraryW((modulePath.substr(0, modulePath.rfind(L'\\') + 1) + L"plugin.dll").c_str());
     else if (verb == L"sleep")
@@ -218,6 +241,8 @@ bool CSession::Track(const Command& command)
         operation = [&](ITracker& tracker) { tracker.DisableIdlePageviews(word(1) == L"off"); };
     else if (verb == L"continue" && need(1))
         operation = [&](ITracker& tracker) { tracker.SetContinueSession(word(1) == L"on"); };
+    else if (verb == L"hostile")
+        operation = [&](ITracker& tracker) { CallWithEverythingOdd(tracker); };
     else
     {
         std::fprintf(stderr, "host: not understood: %ls (host --help lists the commands)\n",

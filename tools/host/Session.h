@@ -3,6 +3,7 @@
 #include "tools/host/Commands.h"
 #include "tools/host/Module.h"
 
+#include <atomic>
 #include <functional>
 #include <optional>
 #include <string>
@@ -43,6 +44,8 @@ private:
     ITracker* kpi = nullptr;
     int references = 0;
     std::wstring used = L"all";
+    mutable std::atomic<long> callCount{0};
+    mutable std::atomic<long> longestCall{0}; // microseconds
 };
 
 } // namespace host
