@@ -119,6 +119,8 @@ CAuthority::CAuthority(const Path& folder) : pemPath(folder / "ca.pem"), derPath
     wrongHost =
         TakeOrMake(folder / "wrong-host.pem",
                    MakeServerRequest("wrong-host.example", "DNS:wrong-host.example"), &authority);
+    expired = MakeIdentity(
+        {.commonName = "127.0.0.1", .alternativeNames = localNames, .validDays = -1}, &authority);
     WriteIfDifferent(pemPath, WriteCertificatePem(*authority.certificate));
     WriteIfDifferent(derPath, WriteCertificateDer(*authority.certificate));
 }

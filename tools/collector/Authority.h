@@ -28,6 +28,7 @@ public:
     const Identity& GetServer() const { return server; }
     const Identity& GetUnknown() const { return unknown; }
     const Identity& GetWrongHost() const { return wrongHost; }
+    const Identity& GetExpired() const { return expired; } // in no file
 
     const std::filesystem::path& GetPemPath() const { return pemPath; }
     const std::filesystem::path& GetDerPath() const { return derPath; }
@@ -36,6 +37,7 @@ private:
     Identity server;
     Identity unknown;
     Identity wrongHost;
+    Identity expired;
     std::filesystem::path pemPath;
     std::filesystem::path derPath;
 };

@@ -69,6 +69,7 @@ CCollector::CCollector(const CAuthority& authority, CollectorSettings wanted)
       trusted(MakeContext(authority.GetServer())),
       unknown(MakeContext(authority.GetUnknown())),
       wrongHost(MakeContext(authority.GetWrongHost())),
+      expired(MakeContext(authority.GetExpired())),
       listening(BindLoopback(settings.port)),
       port(GetBoundPort(listening))
 {
@@ -290,6 +291,7 @@ void CCollector::Serve(CConnection& connection, std::uint64_t number, EConnectio
     case EConnectionFault::None:
     case EConnectionFault::UnknownCertificate:
     case EConnectionFault::WrongHostCertificate:
+    case EConnectionFault::ExpiredCertificate:
         break;
     }
     if (connection.Handshake(GetContext(fault)))
@@ -366,6 +368,7 @@ SSL_CTX& CCollector::GetContext(EConnectionFault fault) const
 {
     return *(fault == EConnectionFault::UnknownCertificate     ? unknown
              : fault == EConnectionFault::WrongHostCertificate ? wrongHost
+             : fault == EConnectionFault::ExpiredCertificate   ? expired
                                                                : trusted);
 }
 

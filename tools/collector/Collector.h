@@ -30,7 +30,8 @@ enum class EConnectionFault
     CloseBeforeTls,     // takes the client's greeting and closes
     StallHandshake,     // never answers the greeting
     UnknownCertificate, // signed by an authority that nobody trusts
-    WrongHostCertificate
+    WrongHostCertificate,
+    ExpiredCertificate
 };
 
 struct CollectorSettings
@@ -147,6 +148,7 @@ private:
     CContextPtr trusted;
     CContextPtr unknown;
     CContextPtr wrongHost;
+    CContextPtr expired;
     CSocket listening;
     int port = 0;
     std::atomic<bool> accepting = false;

@@ -43,6 +43,8 @@ constexpr FaultKind faults[] = {
      OrderForConnections<EConnectionFault::UnknownCertificate>},
     {"wrong-host", nullptr, "serve a certificate for another host",
      OrderForConnections<EConnectionFault::WrongHostCertificate>},
+    {"expired-certificate", nullptr, "serve a certificate that expired yesterday",
+     OrderForConnections<EConnectionFault::ExpiredCertificate>},
     {"no-answer", nullptr, "read each request and close",
      [](CCollector& collector, const std::string&) {
          OrderForRequests(collector, MakeNoAnswer());

@@ -69,7 +69,7 @@ const char* const usage =
     "  blocked                          print how long other threads were kept from the loader "
     "and\n"
     "                                   the heap at most, since the first or last such command\n"
-    "  calls                            print how many operations were called and the longest\n"
+    "  calls                            print how many hits were reported and the longest call\n"
     "  starve FIRST [COUNT]             let COUNT (1) of the module's allocations fail, from "
     "number\n"
     "                                   FIRST on; FIRST 0: none\n"

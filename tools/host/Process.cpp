@@ -131,6 +131,7 @@ void RunOnThreads(int count, const std::function<void()>& work)
 
 void CBystander::Start()
 {
+    begun = ::GetTickCount64();
     std::thread([this] { Run(); }).detach();
 }
 

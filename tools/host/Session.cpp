@@ -121,15 +121,15 @@ void CSession::End()
         Unload();
 }
 
-void CSession::ForEach(const std::function<void(ITracker&)>& operation) const
+void CSession::ForEach(const std::function<void(ITracker&)>& operation, bool isHit) const
 {
     const auto perform = [&](ITracker* tracker) {
         if (tracker == nullptr)
             return;
         const long start = GetMicroseconds();
         operation(*tracker);
-        const long passed = GetMicroseconds() - start;
-        ++callCount;
+        const long passed = isHit ? GetMicroseconds() - start : 0;
+        callCount += isHit;
         for (long longest = longestCall; passed > longest;)
             if (longestCall.compare_exchange_weak(longest, passed))
                 break;
@@ -249,7 +249,9 @@ bool CSession::Track(const Command& command)
                      verb.c_str());
         return false;
     }
-    ForEach(operation);
+    static const std::wstring_view hits[] = {L"pageview", L"event", L"eventex", L"message",
+                                             L"purchase"};
+    ForEach(operation, std::ranges::find(hits, verb) != std::end(hits));
     return true;
 }
 

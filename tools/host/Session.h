@@ -36,7 +36,7 @@ private:
     bool WaitUntilGone(const std::wstring& milliseconds);
     bool ObeyOtherwise(const std::wstring& verb, int number, const Command& command);
     bool Track(const Command& command);
-    void ForEach(const std::function<void(ITracker&)>& operation) const;
+    void ForEach(const std::function<void(ITracker&)>& operation, bool isHit) const;
 
     const std::wstring modulePath;
     std::optional<CModule> loader;
