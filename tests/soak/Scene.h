@@ -19,7 +19,7 @@ public:
     // where that tracker always sends.
     explicit CStay(bool measurementProtocol = false);
 
-    module::ProgramResult Run(const std::string& commands, std::chrono::milliseconds limit) const
+    module::ProgramResult Run(const std::string& commands, std::chrono::seconds limit) const
     {
         return RunHost(commands, limit);
     }

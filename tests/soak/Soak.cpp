@@ -1,9 +1,11 @@
-// soak [--short] [--minutes N] [--seed N] [--report FILE.md]: the real module in real hosts under
-// Wine against everything the world does to it. Prints a table, and puts it into the report between
-// the lines "<!-- table -->" and "<!-- end of table -->". Ends with 1 if any host crashed, hung or
-// was held up.
+// soak [--short] [--minutes N] [--seed N] [--report FILE.md] [--plot FILE.svg]: the real module in
+// real hosts under Wine against everything the world does to it. Prints a table, and puts it into
+// the report between the lines "<!-- table -->" and "<!-- end of table -->"; draws what one host
+// needed. Ends with 1 if any host crashed, hung or was held up.
+#include "tests/soak/Plot.h"
 #include "tests/soak/Proxy.h"
 #include "tests/soak/Scene.h"
+#include "tools/collector/Faults.h"
 
 #include <algorithm>
 #include <atomic>
@@ -50,6 +52,7 @@ struct Options
     int minutes = 0;
     unsigned seed = 1;
     std::string report;
+    std::string plot;
 };
 
 // The largest number behind any `what` in the output.
@@ -219,21 +222,23 @@ void RunAtRandom(CTable& table, const Options& options)
 // history that is old or new, never half of one, and goes on.
 void RunKilled(CTable& table, const Options& options)
 {
-    std::mt19937 random(options.seed);
     std::atomic<int> left{options.isShort ? 4 : 1000};
     RunAll(table, [&]() -> std::optional<Scene> {
-        if (left-- <= 0)
+        const int number = left--;
+        if (number <= 0)
             return std::nullopt;
+        std::mt19937 random(options.seed + static_cast<unsigned>(number));
         CStay stay;
         const Scene scene{"killed while it reports", "process", [](CStay&) {}, {}, {"exit\n"}};
         const std::string work = "load\nevent a b\nsleep 20\nrelease\nunload\ngone 5000\n";
         std::string commands = "release\nunload\ngone 5000\n";
-        for (int i = 0; i < 40; ++i)
+        for (int i = 0; i < 80; ++i)
             commands += work;
-        stay.Run(commands, milliseconds(500 + random() % 3000));
+        commands.insert(0, "sleep " + std::to_string(random() % 1000) + "\n");
+        stay.Run(commands, seconds(2));
         std::ifstream file(stay.At("content/tallyhive.xml"), std::ios::binary);
         const std::string kept((std::istreambuf_iterator<char>(file)), {});
-        const bool whole = kept.empty() || kept.find("</", kept.rfind('<')) != std::string::npos;
+        const bool whole = kept.empty() || kept.find("</SimpleXMLElement>") != std::string::npos;
         module::ProgramResult run =
             stay.Run("event a b\nsleep 2300\nrelease\ncalls\n", seconds(30));
         run.status = whole ? run.status : 4;
@@ -267,6 +272,49 @@ void RunCycles(CTable& table, const Options& options)
         std::printf("%s\n", run.output.substr(at, run.output.find('\n', at) - at).c_str());
 }
 
+// One host that works for minutes while the server's faults change, and what it needs meanwhile.
+void RunSoak(CTable& table, const Options& options)
+{
+    static const char* const changing[] = {"",         "status:503", "stall", "close-before-tls",
+                                           "wait:700", "cut:10"};
+    const int rounds = options.isShort ? 5 : std::max(1, options.minutes) * 60;
+    CStay stay;
+    std::mt19937 random(options.seed);
+    std::string commands = "blocked\n";
+    for (int i = 0; i < rounds; ++i)
+        commands += "repeat " + std::to_string(random() % 4) + " pageview\nevent a b" +
+                    std::to_string(random() % 50) + "\nsleep 1000\nleft\n" +
+                    (i % 60 == 59 ? "release\nunload\ngone 20000\nload\n" : "");
+    std::vector<std::size_t> arrived;
+    std::jthread weather([&](const std::stop_token& stop) {
+        for (int second = 0; !stop.stop_requested(); ++second)
+        {
+            if (second % 20 == 0)
+            {
+                stay.GetServer().CancelOrders();
+                stay.GetServer().Disconnect();
+                if (const std::string fault = changing[random() % std::size(changing)];
+                    !fault.empty())
+                    collector::OrderFault(stay.GetServer(), fault);
+            }
+            arrived.push_back(stay.GetServer().GetHits().size());
+            std::this_thread::sleep_for(seconds(1));
+        }
+    });
+    const module::ProgramResult run =
+        stay.Run(commands + "calls\nrelease\nblocked\n", seconds(rounds * 3 + 120));
+    weather.request_stop();
+    weather.join();
+    table.Add({"faults that change",
+               "server, one host for " + std::to_string(rounds) + " s",
+               [](CStay&) {},
+               {},
+               {"release\n"}},
+              run, static_cast<long>(arrived.back()));
+    if (!options.plot.empty())
+        std::ofstream(options.plot) << DrawPlot(ReadSamples(run.output), arrived);
+}
+
 void PutIntoReport(const std::string& path, const std::string& table)
 {
     std::ifstream file(path);
@@ -295,9 +343,12 @@ Options ParseOptions(int count, char** values)
             options.seed = static_cast<unsigned>(std::atoi(values[++i]));
         else if (name == "--report" && hasValue)
             options.report = values[++i];
+        else if (name == "--plot" && hasValue)
+            options.plot = values[++i];
         else
-            throw std::runtime_error("unknown option " + name +
-                                     "; soak [--short] [--minutes N] [--seed N] [--report FILE]");
+            throw std::runtime_error(
+                "unknown option " + name +
+                "; soak [--short] [--minutes N] [--seed N] [--report FILE.md] [--plot FILE.svg]");
     }
     return options;
 }
@@ -320,6 +371,7 @@ try
     RunBehindProxies(table, options.isShort);
     RunCycles(table, options);
     RunKilled(table, options);
+    RunSoak(table, options);
     RunAtRandom(table, options);
     const std::string text = table.Format();
     std::printf("%s\nseed %u, %lld s\n", text.c_str(), options.seed,
