@@ -197,7 +197,7 @@ void CHitStore::Open()
     sqlite3_busy_timeout(database.get(), 5000);
     // A commit is in the system's hands when it returns, so that a killed process loses nothing;
     // a power failure may take the latest hits.
-    Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
+    Execute("PRAGMA page_size = 16384; PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
     CStatement version(database.get(), "PRAGMA user_version");
     version.Step();
     if (version.GetNumber(0) == 0)

@@ -15,6 +15,9 @@ class CInspector
 public:
     HitReport Inspect(Hit request);
 
+    // Takes up a hit that was decoded already.
+    void Follow(HitReport& report) { course.Follow(report); }
+
     // What was seen of visitors so far is forgotten.
     void Clear() { course.Clear(); }
 

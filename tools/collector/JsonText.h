@@ -8,7 +8,8 @@ namespace collector {
 // Appends the text as a JSON string. Bytes that are no UTF-8 become U+FFFD.
 void AppendJsonText(std::string& json, std::string_view text);
 
-// Writes one JSON object, member by member, without building a tree of it. Names go in as they stand.
+// Writes one JSON object, member by member, without building a tree of it. Names go in as they
+// stand.
 class CJsonObject
 {
 public:

@@ -4,71 +4,43 @@
 #include "tools/collector/LogLine.h"
 
 #include <algorithm>
-#include <future>
-#include <thread>
+#include <optional>
+#include <string_view>
 
 namespace collector {
 
 namespace {
 
-constexpr std::size_t leastPart = 200; // lines that are worth a thread
+void ReadOne(std::string_view line, LogBlock& block)
+{
+    ++block.lines;
+    std::optional<Hit> hit = ReadLogLine(line);
+    if (!hit)
+        ++block.unreadable;
+    else if (GetEndpoint(hit->target) == EEndpoint::Other)
+        ++block.others;
+    else
+        block.hits.push_back(DecodeReport(std::move(*hit)));
+}
 
 } // namespace
 
-void RunInParts(std::size_t count, const std::function<void(std::size_t, std::size_t)>& work)
+LogBlock ReadLogLines(const std::string& text)
 {
-    const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
-    const std::size_t part = std::max(leastPart, (count + processors - 1) / processors);
-    std::vector<std::future<void>> others;
-    for (std::size_t begin = part; begin < count; begin += part)
-        others.push_back(
-            std::async(std::launch::async, work, begin, std::min(begin + part, count)));
-    work(0, std::min(part, count));
-    for (std::future<void>& other : others)
-        other.get();
-}
-
-std::vector<HitReport> CLogReader::Read(const std::vector<std::string_view>& lines)
-{
-    enum class EOutcome : char
+    constexpr std::size_t usualLine = 400; // bytes
+    LogBlock block;
+    block.hits.reserve(text.size() / usualLine);
+    for (std::string_view rest = text; !rest.empty();)
     {
-        Unreadable,
-        Other,
-        Hit
-    };
-    std::vector<HitReport> reports(lines.size());
-    std::vector<EOutcome> outcomes(lines.size());
-    RunInParts(lines.size(), [&](std::size_t begin, std::size_t end) {
-        for (std::size_t index = begin; index < end; ++index)
-        {
-            std::optional<Hit> hit = ReadLogLine(lines[index]);
-            if (!hit)
-                continue;
-            if (GetEndpoint(hit->target) == EEndpoint::Other)
-            {
-                outcomes[index] = EOutcome::Other;
-                continue;
-            }
-            outcomes[index] = EOutcome::Hit;
-            reports[index] = DecodeReport(std::move(*hit));
-        }
-    });
-    std::size_t kept = 0;
-    for (std::size_t index = 0; index < lines.size(); ++index)
-    {
-        counts.others += outcomes[index] == EOutcome::Other ? 1 : 0;
-        counts.unreadable += outcomes[index] == EOutcome::Unreadable ? 1 : 0;
-        if (outcomes[index] != EOutcome::Hit)
-            continue;
-        course.Follow(reports[index]);
-        reports[index].id = ++counts.hits;
-        if (kept != index)
-            reports[kept] = std::move(reports[index]);
-        ++kept;
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        std::string_view line = rest.substr(0, end);
+        if (line.ends_with('\r'))
+            line.remove_suffix(1);
+        if (!line.empty())
+            ReadOne(line, block);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
     }
-    counts.lines += lines.size();
-    reports.resize(kept);
-    return reports;
+    return block;
 }
 
 } // namespace collector

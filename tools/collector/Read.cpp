@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <deque>
 #include <fcntl.h>
 #include <fstream>
 #include <future>
@@ -20,7 +21,8 @@ namespace collector {
 
 namespace {
 
-constexpr std::size_t blockSize = 512 << 10;  // bytes read at once
+constexpr std::size_t blockSize = 256 << 10;  // bytes read at once
+constexpr std::size_t mostBlocks = 4;         // in work at the same time
 constexpr std::size_t longestLine = 64 << 20; // longer ones are cut
 
 using Clock = std::chrono::steady_clock;
@@ -57,22 +59,21 @@ public:
                    : 0;
     }
 
-    // The lines that follow, valid until the next call; none at the end. Waits for no more than
-    // is there, so that a line that comes through a pipe is not held up.
-    std::vector<std::string_view> Read()
+    // The whole lines that follow; empty at the end. Waits for no more than is there, so that a
+    // line that comes through a pipe is not held up.
+    std::string Read()
     {
-        buffer.erase(0, whole);
-        whole = 0;
-        for (bool ended = false; whole == 0 && !ended;)
+        std::string lines;
+        for (bool ended = false; lines.empty() && !ended;)
         {
             ended = !Append();
             const std::size_t end = buffer.rfind('\n');
-            if (end != std::string::npos)
-                whole = end + 1;
-            else if (ended || buffer.size() > longestLine)
-                whole = buffer.size();
+            const bool cut = ended || buffer.size() > longestLine;
+            const std::size_t size = end != std::string::npos ? end + 1 : cut ? buffer.size() : 0;
+            lines = buffer.substr(0, size);
+            buffer.erase(0, size);
         }
-        return SplitLines(std::string_view(buffer).substr(0, whole));
+        return lines;
     }
 
 private:
@@ -90,26 +91,9 @@ private:
         return got > 0;
     }
 
-    static std::vector<std::string_view> SplitLines(std::string_view text)
-    {
-        std::vector<std::string_view> lines;
-        while (!text.empty())
-        {
-            const std::size_t end = std::min(text.find('\n'), text.size());
-            std::string_view line = text.substr(0, end);
-            if (line.ends_with('\r'))
-                line.remove_suffix(1);
-            if (!line.empty())
-                lines.push_back(line);
-            text.remove_prefix(std::min(end + 1, text.size()));
-        }
-        return lines;
-    }
-
     const std::string path;
     const int file;
     std::string buffer;
-    std::size_t whole = 0; // bytes of lines that were given out
 };
 
 // Where decoded hits go: a database, JSON lines, or both.
@@ -131,20 +115,29 @@ public:
         }
     }
 
-    void Write(std::vector<HitReport>& hits)
+    // Stores the hits, and gives their lines, which Write() takes in the same order. One call at a
+    // time.
+    std::future<std::string> Take(std::vector<HitReport> hits)
     {
         if (store)
             store->Add(hits);
+        return std::async(file ? std::launch::async : std::launch::deferred,
+                          [hits = std::move(hits)] {
+                              constexpr std::size_t usualLine = 3000; // bytes
+                              std::string lines;
+                              lines.reserve(hits.size() * usualLine);
+                              for (const HitReport& hit : hits)
+                                  lines.append(WriteLine(hit)).append("\n");
+                              return lines;
+                          });
+    }
+
+    void Write(std::future<std::string> lines)
+    {
         if (!file)
             return;
-        std::vector<std::string> lines(hits.size());
-        RunInParts(hits.size(), [&](std::size_t begin, std::size_t end) {
-            for (std::size_t index = begin; index < end; ++index)
-                lines[index] = WriteLine(hits[index]) + '\n';
-        });
-        for (const std::string& line : lines)
-            std::fwrite(line.data(), 1, line.size(), file);
-        if (std::fflush(file) != 0)
+        const std::string text = lines.get();
+        if (std::fwrite(text.data(), 1, text.size(), file) != text.size() || std::fflush(file) != 0)
             Fail("cannot write the hits");
     }
 
@@ -189,52 +182,108 @@ private:
     Clock::time_point latest;
 };
 
-std::size_t CountBytes(const std::vector<std::string_view>& lines)
+// The way of a log through the processors: blocks of lines are decoded side by side, checked one
+// after the other, and written out side by side, always in their order.
+class CPipeline
 {
-    return lines.empty() ? 0
-                         : static_cast<std::size_t>(lines.back().data() + lines.back().size() -
-                                                    lines.front().data()) +
-                               1;
-}
+public:
+    explicit CPipeline(COutput& to) : output(to) {}
+
+    void Add(std::string lines)
+    {
+        decoding.push_back(std::async(std::launch::async,
+                                      [lines = std::move(lines)] { return ReadLogLines(lines); }));
+        // What is ready goes on at once, what is not holds the reader up only when much is in work.
+        while (!decoding.empty() && (decoding.size() >= mostBlocks || IsReady(decoding.front())))
+            Check();
+    }
+
+    void Finish()
+    {
+        while (!decoding.empty())
+            Check();
+        while (!writing.empty())
+            WriteOldest();
+    }
+
+    const LogBlock& GetCounts() const { return counts; } // without hits
+    std::size_t GetHits() const { return hits; }
+
+private:
+    template <class Value>
+    static bool IsReady(const std::future<Value>& value)
+    {
+        return value.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }
+
+    void Check()
+    {
+        LogBlock block = decoding.front().get();
+        decoding.pop_front();
+        counts.lines += block.lines;
+        counts.others += block.others;
+        counts.unreadable += block.unreadable;
+        for (HitReport& hit : block.hits)
+        {
+            inspector.Follow(hit);
+            hit.id = ++hits;
+        }
+        writing.push_back(output.Take(std::move(block.hits)));
+        while (!writing.empty() && (writing.size() >= mostBlocks || IsReady(writing.front())))
+            WriteOldest();
+    }
+
+    void WriteOldest()
+    {
+        output.Write(std::move(writing.front()));
+        writing.pop_front();
+    }
+
+    COutput& output;
+    CInspector inspector;
+    LogBlock counts;
+    std::size_t hits = 0;
+    std::deque<std::future<LogBlock>> decoding;
+    std::deque<std::future<std::string>> writing;
+};
 
 } // namespace
 
 int Read(const Options& options)
 {
-    ::mallopt(M_TRIM_THRESHOLD, 256 << 20); // each block takes what the one before gave back
+    // Each block takes the memory that the one before gave back.
+    ::mallopt(M_TRIM_THRESHOLD, 256 << 20);
+    ::mallopt(M_MMAP_THRESHOLD, 16 << 20);
+    ::mallopt(M_ARENA_MAX, 8);
     COutput output(options);
-    CLogReader reader;
+    CPipeline pipeline(output);
     const auto start = Clock::now();
     {
         CProgress progress(options.quiet);
-        std::future<void> writing; // of the block before
         for (const std::string& path : options.files)
         {
             CLogFile log(path);
             std::size_t done = 0;
-            for (auto lines = log.Read(); !lines.empty(); lines = log.Read())
+            for (std::string lines = log.Read(); !lines.empty(); lines = log.Read())
             {
-                std::vector<HitReport> hits = reader.Read(lines);
-                done += CountBytes(lines);
-                progress.Show(done, log.GetSize(), reader.GetCounts().lines);
-                if (writing.valid())
-                    writing.get();
-                writing =
-                    std::async(std::launch::async,
-                               [&output, hits = std::move(hits)]() mutable { output.Write(hits); });
+                done += lines.size();
+                const bool mayWait = lines.size() < blockSize / 2; // a pipe that is read empty
+                pipeline.Add(std::move(lines));
+                if (mayWait)
+                    pipeline.Finish();
+                progress.Show(done, log.GetSize(), pipeline.GetCounts().lines);
             }
         }
-        if (writing.valid())
-            writing.get();
+        pipeline.Finish();
     }
-    const CLogReader::Counts& counts = reader.GetCounts();
+    const LogBlock& counts = pipeline.GetCounts();
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     if (!options.quiet)
         std::fprintf(stderr,
                      "%zu lines in %.2f s (%.0f a second): %zu hits, %zu other requests, %zu lines "
                      "without a request\n",
                      counts.lines, seconds, static_cast<double>(counts.lines) / seconds,
-                     counts.hits, counts.others, counts.unreadable);
+                     pipeline.GetHits(), counts.others, counts.unreadable);
     return 0;
 }
 
