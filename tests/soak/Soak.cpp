@@ -1,7 +1,7 @@
-// soak [--short] [--minutes N] [--seed N] [--report FILE.md] [--plot FILE.svg]: the real module in
-// real hosts under Wine against everything the world does to it. Prints a table, and puts it into
-// the report between the lines "<!-- table -->" and "<!-- end of table -->"; draws what one host
-// needed. Ends with 1 if any host crashed, hung or was held up.
+// soak [--short] [--part NAME] [--minutes N] [--seed N] [--report FILE.md] [--plot FILE.svg]: the
+// real module in real hosts under Wine against everything the world does to it. Prints a table, and
+// puts it into the report between the lines "<!-- table -->" and "<!-- end of table -->"; draws
+// what one host needed. Ends with 1 if any host crashed, hung or was held up.
 #include "tests/soak/Plot.h"
 #include "tests/soak/Proxy.h"
 #include "tests/soak/Scene.h"
@@ -53,6 +53,7 @@ struct Options
     unsigned seed = 1;
     std::string report;
     std::string plot;
+    std::string part; // empty: all
 };
 
 // The largest number behind any `what` in the output.
@@ -167,14 +168,14 @@ void RunScenes(CTable& table, const std::vector<Scene>& scenes, bool isShort)
 }
 
 // One after the other, for there is one port 443.
-void RunMeasurementProtocol(CTable& table, bool isShort)
+void RunMeasurementProtocol(CTable& table, const Options& options)
 {
     const std::vector<Scene> scenes = GetNetworkScenes();
-    for (std::size_t i = 0; i < scenes.size(); i += isShort ? 6 : 1)
+    for (std::size_t i = 0; i < scenes.size(); i += options.isShort ? 6 : 1)
     {
         Scene scene = scenes[i];
         scene.where = "server, measurement protocol";
-        for (const std::string& end : isShort ? std::vector{scene.ends[0]} : scene.ends)
+        for (const std::string& end : options.isShort ? std::vector{scene.ends[0]} : scene.ends)
         {
             scene.ends = {end};
             RunScene(table, scene, true);
@@ -183,7 +184,7 @@ void RunMeasurementProtocol(CTable& table, bool isShort)
 }
 
 // A proxy that works, asks for a password, refuses and says nothing.
-void RunBehindProxies(CTable& table, bool isShort)
+void RunBehindProxies(CTable& table, const Options& options)
 {
     const std::filesystem::path folder = std::filesystem::temp_directory_path();
     const auto run = [&](const char* what, const std::string& address) {
@@ -191,7 +192,7 @@ void RunBehindProxies(CTable& table, bool isShort)
         std::vector<Scene> scenes{GetNetworkScenes()[0]};
         scenes[0].fault = std::string("a proxy that ") + what;
         scenes[0].where = "proxy";
-        RunScenes(table, scenes, isShort);
+        RunScenes(table, scenes, options.isShort);
     };
     for (const bool asks : {false, true})
     {
@@ -315,6 +316,29 @@ void RunSoak(CTable& table, const Options& options)
         std::ofstream(options.plot) << DrawPlot(ReadSamples(run.output), arrived);
 }
 
+struct Part
+{
+    const char* name;
+    void (*run)(CTable&, const Options&);
+};
+
+constexpr Part parts[] = {
+    {"network",
+     [](CTable& table, const Options& options) {
+         RunScenes(table, GetNetworkScenes(), options.isShort);
+     }},
+    {"hostile",
+     [](CTable& table, const Options& options) {
+         RunScenes(table, GetHostileScenes(), options.isShort);
+     }},
+    {"measurement", RunMeasurementProtocol},
+    {"proxies", RunBehindProxies},
+    {"cycles", RunCycles},
+    {"killed", RunKilled},
+    {"soak", RunSoak},
+    {"random", RunAtRandom},
+};
+
 void PutIntoReport(const std::string& path, const std::string& table)
 {
     std::ifstream file(path);
@@ -343,12 +367,14 @@ Options ParseOptions(int count, char** values)
             options.seed = static_cast<unsigned>(std::atoi(values[++i]));
         else if (name == "--report" && hasValue)
             options.report = values[++i];
+        else if (name == "--part" && hasValue)
+            options.part = values[++i];
         else if (name == "--plot" && hasValue)
             options.plot = values[++i];
         else
-            throw std::runtime_error(
-                "unknown option " + name +
-                "; soak [--short] [--minutes N] [--seed N] [--report FILE.md] [--plot FILE.svg]");
+            throw std::runtime_error("unknown option " + name +
+                                     "; soak [--short] [--part NAME] [--minutes N] [--seed N] "
+                                     "[--report FILE.md] [--plot FILE.svg]");
     }
     return options;
 }
@@ -365,14 +391,9 @@ try
     const auto start = Clock::now();
     CStay::PreparePrefix();
     CTable table;
-    RunScenes(table, GetNetworkScenes(), options.isShort);
-    RunScenes(table, GetHostileScenes(), options.isShort);
-    RunMeasurementProtocol(table, options.isShort);
-    RunBehindProxies(table, options.isShort);
-    RunCycles(table, options);
-    RunKilled(table, options);
-    RunSoak(table, options);
-    RunAtRandom(table, options);
+    for (const Part& part : parts)
+        if (options.part.empty() || options.part == part.name)
+            part.run(table, options);
     const std::string text = table.Format();
     std::printf("%s\nseed %u, %lld s\n", text.c_str(), options.seed,
                 static_cast<long long>((Clock::now() - start) / seconds(1)));
