@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
@@ -18,7 +19,7 @@ namespace {
 
 std::string WriteConfiguration(int port, bool asksForPassword)
 {
-    std::string path = "/tmp/zotracker-proxy-XXXXXX";
+    std::string path = std::filesystem::temp_directory_path() / "zotracker-proxy-XXXXXX";
     const int file = ::mkstemp(path.data());
     if (file < 0)
         throw std::runtime_error("cannot make a temporary file");
