@@ -2,6 +2,7 @@
 #include "tests/unit/TemporaryFolder.h"
 #include "tests/unit/TlsClient.h"
 
+#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <gmock/gmock.h>
@@ -17,9 +18,11 @@ namespace {
 // code and both output streams.
 std::pair<int, std::string> RunCollector(
     const std::string& arguments,
-    const std::function<void(std::string_view)>& onLine = [](std::string_view) {})
+    const std::function<void(std::string_view)>& onLine = [](std::string_view) {},
+    const std::string& within = {})
 {
-    const std::string command = "timeout 20 " COLLECTOR_PROGRAM " " + arguments + " 2>&1";
+    const std::string command =
+        "timeout 20 " + within + COLLECTOR_PROGRAM " " + arguments + " 2>&1";
     FILE* pipe = ::popen(command.c_str(), "r");
     std::string output;
     char line[4096];
@@ -60,6 +63,28 @@ TEST(CollectorProgram, EndsAfterTheHitsAndAnswersTheLastOne)
     EXPECT_EQ(RunCollector(read + folder.PathOf("hits.jsonl")).first, 0);
     EXPECT_THAT(RunCollector("--timeout 1 --folder " + folder.path + database).second,
                 HasSubstr("\nHits: 4\n  trackers: KPI 2, classic 2\n"));
+}
+
+TEST(CollectorProgram, LosesNothingThatItShowedWhenItIsKilled)
+{
+    const CTemporaryFolder folder;
+    const std::string places =
+        "--folder " + folder.path + " --database " + folder.PathOf("hits.db");
+    const auto sendAndKill = [&](std::string_view line) {
+        if (line.starts_with("Listening on "))
+        {
+            CTlsClient client(std::stoi(folder.Read("port")));
+            EXPECT_TRUE(client.Handshake(folder.PathOf("ca.pem")));
+            client.Send("GET /piwik.php?e_c=Scan&e_a=Start HTTP/1.1\r\nConnection: close\r\n\r\n");
+        }
+        if (line.find("event Scan / Start") != std::string_view::npos)
+            ::kill(std::stoi(folder.Read("process")), SIGKILL);
+    };
+    const auto [code, output] =
+        RunCollector("--port-file " + folder.PathOf("port") + ' ' + places, sendAndKill,
+                     "sh -c 'echo $$ > " + folder.PathOf("process") + "; exec \"$@\"' sh ");
+    EXPECT_EQ(code, 128 + SIGKILL);
+    EXPECT_THAT(RunCollector("--timeout 1 " + places).second, HasSubstr("\nHits: 1\n"));
 }
 
 TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)

@@ -91,28 +91,6 @@ TEST_F(CollectorServer, RecordsEveryByteOfARequest)
     EXPECT_FALSE(server.WaitForHits(1, 0s));
 }
 
-TEST_F(CollectorServer, AnswersAsAnalyticsServersDo)
-{
-    const std::string pixel = "HTTP/1.1 200 OK\r\nContent-Type: image/gif\r\n"
-                              "Cache-Control: no-store\r\nContent-Length: 43\r\n\r\nGIF89a";
-    const struct
-    {
-        const char* target;
-        std::string expected;
-    } cases[] = {
-        {"/__utm.gif?utmwv=1", pixel},
-        {"/collect", pixel},
-        {"/under/piwik.php?rec=1", pixel},
-        {"/piwik.php?send_image=0&rec=1", "HTTP/1.1 204 No Content\r\n\r\n"},
-        {"/piwik.phpx", "HTTP/1.1 404 Not Found\r\n"},
-    };
-    for (const auto& c : cases)
-        EXPECT_THAT(Get(c.target), StartsWith(c.expected)) << c.target;
-    CTlsClient waiting = Connect(server);
-    waiting.Send("POST /collect HTTP/1.1\r\nExpect: 100-continue\r\nContent-Length: 1\r\n\r\n");
-    EXPECT_EQ(waiting.Read(25), "HTTP/1.1 100 Continue\r\n\r\n");
-}
-
 TEST_F(CollectorServer, SendsOrderedAnswersByteForByte)
 {
     const std::string large(20 << 20, 'x');
@@ -147,24 +125,8 @@ TEST_F(CollectorServer, SendsOrderedAnswersByteForByte)
         EXPECT_EQ(client.WasClosedProperly(), c.closedProperly) << c.what;
     }
     EXPECT_THAT(Get("/"), StartsWith("HTTP/1.1 404")) << "all orders are used up";
-}
-
-TEST_F(CollectorServer, OrdersQueueUpBeforePathAnswers)
-{
-    server.AnswerPath("/a", MakeRedirect(301, "/b"));
-    server.AnswerPath("/b", MakeRedirect(301, "/a"));
-    server.Order(MakeAnswer(500), 2);
-    server.Order(Delayed(MakeAnswer(403), 100ms));
-    std::string statuses;
-    const auto begin = Clock::now();
-    for (const char* target : {"/a?x", "/b", "/", "/a?x", "/b", "/a", "/"})
-        statuses += Get(target).substr(9, 4);
-    EXPECT_EQ(statuses, "500 500 403 301 301 301 404 ");
-    EXPECT_GE(Clock::now() - begin, 100ms);
-    server.Order(MakeAnswer(500), CCollector::always);
-    EXPECT_THAT(Get("/a"), StartsWith("HTTP/1.1 500"));
-    server.CancelOrders();
-    EXPECT_THAT(Get("/a"), StartsWith("HTTP/1.1 404"));
+    EXPECT_THAT(Get("/piwik.php?send_image=0"), StartsWith("HTTP/1.1 204 No Content\r\n\r\n"));
+    EXPECT_THAT(Get("/__utm.gif"), testing::EndsWith(";"));
 }
 
 TEST_F(CollectorServer, RefusesCertificatesAndConnectionsAsOrdered)
@@ -237,21 +199,6 @@ TEST_F(CollectorServer, StopsAtOnceWhateverItDoes)
         stopped.Stop();
         EXPECT_LT(Clock::now() - begin, 2s) << c.what;
         EXPECT_FALSE(CTlsClient(stopped.GetPort()).IsConnected()) << c.what;
-    }
-}
-
-TEST_F(CollectorServer, NoticesThatAClientStopsWaiting)
-{
-    for (const Answer& answer : {MakeStall(), Delayed(MakePixel(), 24h)})
-    {
-        server.Order(answer);
-        std::optional<CTlsClient> client(Connect(server));
-        client->Send("GET / HTTP/1.1\r\n\r\n");
-        ASSERT_TRUE(server.WaitForHits(1, 10s));
-        EXPECT_FALSE(server.WaitUntilAnswered(0s));
-        client.reset();
-        EXPECT_TRUE(server.WaitUntilAnswered(10s));
-        server.Clear();
     }
 }
 
