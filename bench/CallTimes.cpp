@@ -29,26 +29,26 @@ constexpr const wchar_t* label = L"dark";
 constexpr const wchar_t* value = L"12";
 constexpr const wchar_t* page = L"Settings";
 
-// A tracker whose worker takes nothing.
+// A tracker whose worker is never started.
 class CModuleWay final : public frame::CTrackerBase
 {
 public:
-    CModuleWay() : CTrackerBase(&Run, L"idle") {}
+    CModuleWay() : CTrackerBase(L"idle") {}
 
     void SetTrackingEnabled(bool) noexcept override {}
-    void Initialize(const wchar_t*) noexcept override {}
     void DisableIdlePageviews(bool) noexcept override {}
     void SetContinueSession(bool) noexcept override {}
     void TrackPurchase(TrackerText, TrackerText, double, TrackerText,
                        std::int32_t) noexcept override
     {}
-    void SetProductName(TrackerText) noexcept override {}
 
     void Report() { TrackEvent(category, action, label, value, page); }
     void Take() { const frame::TrackingHit taken = queue.Take(); }
 
 private:
-    static std::uint32_t Run(frame::ThreadParam*) { return 0; }
+    void RunWorker() override {}
+    void ReadConfigurationOf(const std::wstring&) override {}
+    void ChooseProductName(std::wstring) override {}
 };
 
 class CPlainWay

@@ -19,6 +19,15 @@ std::wstring FindApplicationFolder()
     return (separator == std::wstring::npos ? L"" : path.substr(0, separator)) + L"\\";
 }
 
+std::wstring GetCommonDataFolder()
+{
+    CProcessCache& cache = CProcessCache::Get();
+    const std::wstring folder = cache.Find(ECachedText::CommonDataFolder);
+    return folder.empty() ? cache.Keep(ECachedText::CommonDataFolder,
+                                       platform::GetSpecialFolder(commonApplicationData))
+                          : folder;
+}
+
 } // namespace
 
 std::wstring GetApplicationFolder()
@@ -48,7 +57,9 @@ std::wstring GetFileName(const std::wstring& path)
 
 std::wstring GetSpecialFolderPath(int folderId)
 {
-    return platform::GetSpecialFolder(folderId) + L"\\";
+    return (folderId == commonApplicationData ? GetCommonDataFolder()
+                                              : platform::GetSpecialFolder(folderId)) +
+           L"\\";
 }
 
 std::wstring GetSuiteFolder(const std::wstring& companyFolderWord)

@@ -19,7 +19,8 @@ std::wstring GetApplicationFilePath();
 // The file name of a path, extension included.
 std::wstring GetFileName(const std::wstring& path);
 
-// A shell special folder by its CSIDL number, ending in "\"; "\" alone when there is none.
+// A shell special folder by its CSIDL number, ending in "\"; "\" alone when there is none. The
+// folder for the data of all users (35) is found out once per process.
 std::wstring GetSpecialFolderPath(int folderId);
 
 // The suite's folder for the data of all users: "C:\ProgramData\\veltrano", with the doubled

@@ -12,6 +12,7 @@ enum class ECachedText : std::size_t
 {
     ApplicationFolder,
     ApplicationFilePath,
+    CommonDataFolder,
     ComputerId,
     ProductUserId,
     ProductVersion,

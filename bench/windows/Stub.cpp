@@ -5,9 +5,7 @@
 #include <windows.h>
 #include <iphlpapi.h>
 #include <shlobj.h>
-#include <softpub.h>
 #include <wininet.h>
-#include <wintrust.h>
 // clang-format on
 
 #include <new>
@@ -23,7 +21,6 @@ extern "C" __declspec(dllexport) void* GetNothing(bool never)
         ::RegCloseKey(nullptr);
         ::GetSystemMetrics(0);
         ::CoTaskMemFree(nullptr);
-        ::WinVerifyTrust(nullptr, nullptr, nullptr);
     }
     return new (std::nothrow) int(0);
 }

@@ -45,6 +45,8 @@ TEST_F(ConfigurationTest, FindsTheHostOnceItIsThere)
     }
     EXPECT_EQ(env::GetSuiteFolder(), L"C:\\ProgramData\\\\veltrano");
     simulated::paths->specialFolders[35] = L"";
+    EXPECT_EQ(env::GetSuiteFolder(), L"C:\\ProgramData\\\\veltrano") << "asked once";
+    env::ResetProcessCache();
     EXPECT_EQ(env::GetSuiteFolder(), L"\\\\?\\veltrano") << "no server's name";
 }
 

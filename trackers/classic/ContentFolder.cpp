@@ -13,6 +13,14 @@ std::wstring GetConfiguredFolder()
     return env::GetInstallConfigString(L"install", L"UserContentPath", L"");
 }
 
+void CreateContentFolder(const std::wstring& folder)
+{
+    if (folder.size() < 2)
+        return;
+    env::CreateMissingFolder(folder.substr(0, folder.rfind(L'\\', folder.size() - 2) + 1));
+    env::CreateMissingFolder(folder);
+}
+
 } // namespace
 
 std::wstring GetUserContentFolder(const std::wstring& companyFolderWord,
@@ -22,16 +30,14 @@ std::wstring GetUserContentFolder(const std::wstring& companyFolderWord,
     if (!folder.empty())
         return folder;
     folder = env::GetSuiteFolder(companyFolderWord).append(L"\\").append(hostProductName) + L"\\";
-    RestoreUserContentFolder(folder);
+    CreateContentFolder(folder);
     return folder;
 }
 
 void RestoreUserContentFolder(const std::wstring& folder)
 {
-    if (!GetConfiguredFolder().empty() || folder.size() < 2)
-        return;
-    env::CreateMissingFolder(folder.substr(0, folder.rfind(L'\\', folder.size() - 2) + 1));
-    env::CreateMissingFolder(folder);
+    if (GetConfiguredFolder().empty())
+        CreateContentFolder(folder);
 }
 
 } // namespace trackers
