@@ -30,7 +30,7 @@ public:
     CBriefLock& operator=(const CBriefLock&) = delete;
 
 private:
-    static constexpr int triesInARow = 20;
+    static constexpr int triesInARow = 10;
     static constexpr int tries = 1000;
 
     VnOSAL::VnCriticalSection& section;
