@@ -150,15 +150,6 @@ TEST_F(ClassicModuleTest, ARefusedFirstHitSilencesTheRunAndIsNotASession)
     EXPECT_EQ(ReadVisit(targets[0]).session, "2");
 }
 
-TEST_F(ClassicModuleTest, AReleaseDoesNotWaitForAStalledServer)
-{
-    PutConfig(MakeConfig("TrackingTraceBalloon=1\n"));
-    collector.Order(collector::EConnectionFault::StallHandshake, collector::CCollector::always);
-    const ProgramResult run = RunHost("use main\nrepeat 50 pageview\nsleep 2300\nrelease\n");
-    EXPECT_EQ(run.status, 0) << run.output;
-    EXPECT_LE(GetMilliseconds(run, "release main"), 3000) << run.output;
-}
-
 TEST_F(ClassicModuleTest, AnExitWithoutAReleaseSavesTheHistory)
 {
     PutConfig(MakeConfig());
