@@ -109,6 +109,8 @@ void CCourse::CheckIdentity(HitReport& report)
 {
     if (report.request.connection == 0) // a log of many clients
         return;
+    if (current.size() >= mostVisitors) // products come off the wire, too
+        current.clear();
     std::string& latest = current[report.tracker + ' ' + report.product];
     if (!latest.empty() && latest != report.visitor)
         Find(report, ESeverity::Warning, "visitor-changed", "",
