@@ -133,7 +133,8 @@ TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
     EXPECT_THAT(
         folder.Read("result.xml"),
         HasSubstr("name=\"Nothing\" tests=\"2\" failures=\"1\">\n<testcase classname=\"Nothing\" "
-                  "name=\"line 2: KPI visit\"><failure message=\"missing: 0 of 1 came\"/>"));
+                  "name=\"line 2: KPI visit\"><failure message=\"missing: 0 of 1 came\">missing: 0 "
+                  "of 1 came\n</failure>"));
 }
 
 } // namespace

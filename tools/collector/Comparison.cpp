@@ -249,8 +249,14 @@ std::string WriteJunit(const Plan& plan, const std::vector<PlanResult>& results)
     {
         xml += "<testcase classname=\"" + title + "\" name=\"" + EscapeXml(DescribeLine(result)) +
                "\">";
-        for (const std::string& problem : result.problems)
-            xml += "<failure message=\"" + EscapeXml(problem) + "\"/>";
+        if (!result.problems.empty())
+        {
+            // One element, because some readers take no more.
+            xml += "<failure message=\"" + EscapeXml(result.problems.front()) + "\">";
+            for (const std::string& problem : result.problems)
+                xml += EscapeXml(problem) + '\n';
+            xml += "</failure>";
+        }
         xml += "</testcase>\n";
     }
     return xml + "</testsuite>\n</testsuites>\n";
