@@ -172,6 +172,7 @@ void PrintDay(const char* what, const Load& load, int computers)
         std::int64_t from, to;
     } stretches[] = {{"hour before", outageStart - hour, outageStart},
                      {"outage", outageStart, outageEnd},
+                     {"first second after", outageEnd, outageEnd + second},
                      {"first minute after", outageEnd, outageEnd + minute},
                      {"first 10 minutes after", outageEnd, outageEnd + 10 * minute},
                      {"hour after", outageEnd, outageEnd + hour}};
