@@ -29,7 +29,7 @@ TEST(VnPath, TakesPathsApart)
         {L"\\\\server\\share\\d\\f.x", F::Unc, L"\\\\server\\share\\", L"d", L"f", L".x"},
         {L"\\\\server", F::Unc, L"\\\\server", L"", L"", L""},
         {L"\\\\.\\COM1", F::Device, L"\\\\.\\COM1", L"", L"", L""},
-        {L"\\\\.\\UNC\\s\\h\\a", F::Device, L"\\\\.\\UNC\\s\\h\\", L"", L"a", L""},
+        {L"\\\\.\\unc\\s\\h\\a", F::Device, L"\\\\.\\unc\\s\\h\\", L"", L"a", L""},
         {L"//.", F::Device, L"//.", L"", L"", L""},
         {L"\\\\?\\C:\\a/b", F::Extended, L"\\\\?\\C:\\", L"", L"a/b", L""},
         {L"\\\\?\\UNC\\s\\h\\a", F::Extended, L"\\\\?\\UNC\\s\\h\\", L"", L"a", L""},

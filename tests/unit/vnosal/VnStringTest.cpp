@@ -207,6 +207,7 @@ TEST(VnString, WritesAndReadsNumbers)
         {L"9223372036854775807", 10, true, INT64_MAX},
         {L"9223372036854775808", 10, false, 0},
         {L"ff", 16, true, 255},
+        {L"Zz", 36, true, 1295},
         {L"", 10, false, 0},
         {L"1 2", 10, false, 0},
         {L"\xFF11", 10, false, 0},
