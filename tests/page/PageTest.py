@@ -34,12 +34,12 @@ PAGEVIEW = 'utmp=Tidy%20Desk'
 
 
 class Collector:
-    def __init__(self):
+    def __init__(self, page_port=0):
         self.folder = tempfile.TemporaryDirectory()
         files = [Path(self.folder.name, name) for name in ('port', 'page-port')]
         self.process = subprocess.Popen(
-            [COLLECTOR, '--quiet', '--folder', self.folder.name, '--port-file', files[0], '--page-port', '0',
-             '--page-port-file', files[1]], stdout=subprocess.DEVNULL)
+            [COLLECTOR, '--quiet', '--folder', self.folder.name, '--port-file', files[0],
+             '--page-port', str(page_port), '--page-port-file', files[1]], stdout=subprocess.DEVNULL)
         WebDriverWait(self, PATIENCE, 0.02).until(lambda _: all(file.exists() for file in files))
         self.port, self.page_port = (int(file.read_text()) for file in files)
 
@@ -149,6 +149,17 @@ class PageTest(unittest.TestCase):
         self.wait(lambda: self.find('canvas').get_attribute('data-lanes') == '1', 'no lane')
         self.collector.get('/api/reset', 'POST')
         self.wait_for_rows()
+
+    def test_begins_anew_when_another_collector_answers(self):
+        self.collector.send(classic(1), classic(2))
+        self.open()
+        self.collector.close()
+        self.wait_for('#state', 'lost')
+        self.collector = Collector(self.collector.page_port)
+        self.addCleanup(self.collector.close)
+        self.collector.send(classic(1, tail=PAGEVIEW))
+        self.wait_for_rows('pageview of Tidy Desk')
+        self.browser.get_log('browser')  # says that nobody answered
 
     def test_filters(self):
         other = {'visitor': 77, 'product': 'Disk%20Tool'}

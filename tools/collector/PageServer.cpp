@@ -315,11 +315,11 @@ private:
     void StreamEvents(const Request& request, Response& response)
     {
         const CHitStore::State now = store.GetState();
-        std::uint64_t after = now.lastId;
+        std::uint64_t after = ReadNumber(request, "after", now.lastId, INT64_MAX);
+        // A client that comes back sends the address of its first request once more.
         const std::string resumed = request.get_header_value("Last-Event-ID");
         if (!resumed.empty())
             std::from_chars(resumed.data(), resumed.data() + resumed.size(), after);
-        after = ReadNumber(request, "after", after, INT64_MAX);
         Stream(response, "text/event-stream",
                [this, after, resets = now.resets](DataSink& sink) mutable {
                    const bool news = store.WaitFor(

@@ -27,12 +27,15 @@ export async function* readHits(filter, after = 0, signal = undefined) {
   }
 }
 
-// What arrives after the hit `after`. The browser reconnects by itself and goes on where it was.
-// Calls `onHit` with a summary, `onReset`, and `onState` with whether the collector answers.
-export function listen(after, {onHit, onReset, onState}) {
+// What arrives after the hit `after`: calls `onHit` with a summary, `onReset`, `onOpen` once the
+// collector answers and `onLost`, the last call, when it does not any more.
+export function listen(after, {onHit, onReset, onOpen, onLost}) {
   const events = new EventSource(`/api/events?after=${after}`);
   events.addEventListener('hit', event => onHit(JSON.parse(event.data)));
   events.addEventListener('reset', onReset);
-  events.addEventListener('open', () => onState(true));
-  events.addEventListener('error', () => onState(false));
+  events.addEventListener('open', onOpen);
+  events.addEventListener('error', () => {
+    events.close();
+    onLost();
+  });
 }

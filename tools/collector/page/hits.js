@@ -30,7 +30,6 @@ export class Hits extends EventTarget {
   filter = {...noFilter};
   held = []; // arrived during a pause
   paused = false;
-  lastId = 0;
   forget = () => {};
 
   constructor() {
@@ -42,7 +41,9 @@ export class Hits extends EventTarget {
     this.all = [];
     this.shown = [];
     this.held = [];
-    this.found = null; // ids that hold the searched text; null: no text is searched
+    this.lastId = 0;
+    this.searchedTo = 0;
+    this.found = this.filter.text ? new Set() : null; // ids that hold the searched text; null: no text is searched
     this.counts = {tracker: new Counter(), kind: new Counter(), product: new Counter(),
                    verdict: new Counter(), code: new Counter()};
     this.changed(true);

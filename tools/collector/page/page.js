@@ -143,15 +143,23 @@ function forgetAll() {
 }
 
 async function begin() {
-  if (localStorage.getItem('theme')) chooseTheme(localStorage.getItem('theme'));
-  hits.setFilter(filters.filter);
   showState('loading');
+  forgetAll();
   for await (const piece of readHits({})) hits.add(piece);
   listen(hits.lastId, {
     onHit: hit => { arrived.push(hit); takeArrived(); },
     onReset: forgetAll,
-    onState: isThere => showState(isThere ? 'live' : 'lost'),
+    onOpen: () => showState('live'),
+    onLost: beginAgain,
   });
 }
 
-begin().catch(failure => showState(`failed: ${failure.message}`));
+// Whoever answers next may be another collector, with other hits.
+function beginAgain() {
+  showState('lost');
+  setTimeout(() => begin().catch(beginAgain), 1000);
+}
+
+if (localStorage.getItem('theme')) chooseTheme(localStorage.getItem('theme'));
+hits.setFilter(filters.filter);
+begin().catch(beginAgain);
