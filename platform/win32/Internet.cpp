@@ -100,6 +100,10 @@ struct InternetState
     {
         const HINTERNET open = std::exchange(handle, nullptr);
         const BOOL closed = open == nullptr || ::InternetCloseHandle(open);
+        // Wine's keeps the connection for the next request, which would begin inside the old body.
+        // This makes it close what is idle, and look at the proxy's settings again.
+        if (open != nullptr && brokenOff)
+            ::InternetSetOptionW(nullptr, INTERNET_OPTION_SETTINGS_CHANGED, nullptr, 0);
         if (const HMODULE held = library.exchange(nullptr))
             ::FreeLibrary(held);
         return closed;
@@ -125,6 +129,7 @@ struct InternetState
     HINTERNET handle = nullptr;
     std::atomic<HMODULE> library{nullptr}; // a session's reference to WinINet
     Timeouts timeouts;
+    bool brokenOff = false; // the request's body was not sent to its end
     bool abandoned = false; // a call is still in flight; the owner's thread only
 };
 
@@ -347,7 +352,7 @@ std::size_t CHttpFile::Read(char* buffer, std::size_t count)
 void CHttpFile::Abort() noexcept
 {
     if (state)
-        state->abandoned = true;
+        state->brokenOff = state->abandoned = true;
     Drop(state);
 }
 

@@ -104,4 +104,17 @@ TEST_F(HttpModuleTest, Redirects)
                      "POST /a body", "POST /d body", "POST /a body", "POST /a body"}));
 }
 
+// Nothing of the body follows in the next request, which has a connection of its own.
+TEST_F(HttpModuleTest, ACancelledUploadLeavesTheNextRequestAlone)
+{
+    collector.AnswerPath("/collect", MakeAnswer(200, "taken"));
+    EXPECT_EQ(
+        Ask("post PORT https://HOST/collect first\n"
+            "cancel PORT https://HOST/collect 200000\n"
+            "post PORT https://HOST/collect last\n"),
+        (Lines{"0 0 https://127.0.0.1/collect \"taken\"", "0 0 https://127.0.0.1/collect \"\"",
+               "0 0 https://127.0.0.1/collect \"taken\""}));
+    EXPECT_EQ(GetRequests(), (Lines{"POST /collect first", "POST /collect last"}));
+}
+
 } // namespace module

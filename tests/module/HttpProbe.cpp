@@ -1,6 +1,8 @@
 // Asks with the module's HTTPS client for what standard input says, one request a line:
 //
-//   VERB PORT ADDRESS [BODY]    VERB is get, post or core; BODY runs to the end of the line
+//   VERB PORT ADDRESS [BODY]    VERB is get, post, core or cancel; BODY runs to the end of the line
+//
+// (cancel: a post of BODY's number of bytes that is cancelled after the first piece)
 //
 // and prints one line for each: error code, error detail, the address afterwards, the body. A body
 // of more than 40 bytes is printed as its length.
@@ -26,6 +28,16 @@ std::string Ask(net::CZoHTTPComunicator& client, const std::string& verb, std::u
         return client.GetContent(url, port);
     if (verb == "post")
         return client.PostContent(url, body, -1, port, false);
+    if (verb == "cancel")
+    {
+        client.SetProgress(
+            [](double, void* own) { static_cast<net::CZoHTTPComunicator*>(own)->Cancel(); },
+            &client, nullptr);
+        std::string content =
+            client.PostContent(url, std::string(std::stoul(body), 'x'), -1, port, false);
+        client.SetProgress(nullptr, nullptr, nullptr);
+        return content;
+    }
     std::string content;
     std::uint32_t length = 0;
     client.PerformRequest(&content, &length, url, body, -1, port, false, nullptr);
