@@ -83,7 +83,7 @@ private:
     std::atomic<bool> continueSession{false};
     Configuration configuration ZO_LOCKING(guarded_by(productLock));
     std::wstring sessionHitNumber ZO_LOCKING(guarded_by(productLock));
-    CFirstHitRule firstHit; // under the lock of the queue
+    CFirstHitRule firstHit;           // under the lock of the queue
     const std::wstring contentFolder; // with a backslash at its end, or as it is configured
     CVisitHistory history;
 
