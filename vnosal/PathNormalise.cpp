@@ -31,10 +31,8 @@ VnString NormaliseRoot(const VnPath& path) noexcept
     return root;
 }
 
-std::wstring_view TrimName(std::wstring_view name, bool isLast) noexcept
+std::wstring_view TrimName(std::wstring_view name) noexcept
 {
-    if (isLast)
-        return Part(name, 0, name.find_last_not_of(L". ") + 1);
     const bool endsInOneDot =
         name.size() > 1 && name.back() == L'.' && name[name.size() - 2] != L'.';
     return Part(name, 0, name.size() - (endsInOneDot ? 1 : 0));
@@ -59,6 +57,15 @@ public:
             text.Remove(last == start ? start : last - 1);
         else if (!IsAnchored(form))
             Push(name);
+    }
+
+    // Takes dots and spaces off the path's end, but for "..".
+    void TrimEnd() noexcept
+    {
+        const std::size_t last = FindLast();
+        const std::wstring_view name = Part(text, last);
+        if (name != L"..")
+            text.Remove(last + name.find_last_not_of(L". ") + 1); // npos + 1 is 0
     }
 
     bool IsEmpty() const noexcept { return text.GetLength() == start; }
@@ -116,8 +123,10 @@ VnPath& VnPath::Normalise() noexcept
     {
         const std::wstring_view name = TakeName(rest, form);
         const bool plain = IsUrl() || name == L"." || name == L"..";
-        names.Append(plain ? name : TrimName(name, rest.empty() && !isFolder));
+        names.Append(plain ? name : TrimName(name));
     }
+    if (!isFolder && !IsUrl())
+        names.TrimEnd();
     if (isFolder && !names.IsEmpty())
         built.Append(SeparatorOf(form));
     if (built.IsEmpty())

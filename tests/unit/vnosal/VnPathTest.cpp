@@ -98,6 +98,8 @@ TEST(VnPath, Normalises)
         {L"C:\\a \\b. .", L"C:\\a \\b"}, // periods and spaces at the path's end
         {L"C:\\a. \\", L"C:\\a. \\"},    // which this one does not have
         {L"C:\\a\\.\\", L"C:\\a\\"},
+        {L"C:\\a..\\. .", L"C:\\a..\\"}, // all of the last name, but not its separator
+        {L"C:\\a..\\b\\..", L"C:\\a"},   // of the name that is the last one now
         {L"//./C:/a/../b", L"\\\\.\\C:\\b"},
         {L"\\\\?\\C:\\a\\..\\b/.", L"\\\\?\\C:\\a\\..\\b/."}, // never normalised
         {L"http://h/a/./b/../c?x=/../y", L"http://h/a/c?x=/../y"},
