@@ -149,7 +149,7 @@ void CBystander::Run() noexcept
         ::GetModuleHandleW(L"nothing.dll");
         ::HeapFree(::GetProcessHeap(), 0, ::HeapAlloc(::GetProcessHeap(), 0, 64));
         longest = std::max<ULONGLONG>(longest, ::GetTickCount64() - begun);
-        ::Sleep(1);
+        ::Sleep(5);
     }
 }
 
