@@ -174,35 +174,37 @@ void DropApart(Shared& state) noexcept
 // Gives up the owner's share. The last share closes its handle and those above it that nobody needs
 // any more; the owner's may be it, and so goes by a call. The error of closing.
 DWORD Drop(Shared& state) noexcept
-try
 {
     if (!state)
         return 0;
     struct Last
     {
         Shared state;
-        DWORD error;
+        DWORD error = 0;
     };
     const CStopSignal& stop = state->stop;
     const bool abandoned = state->abandoned;
-    const auto last = std::make_shared<Last>(Last{state, 0});
-    std::function<void()> drop = [last] {
-        if (last->state.use_count() == 1)
-            last->error = ErrorOf(last->state->Close());
-        last->state.reset();
-    };
-    state.reset();
-    const ECallEnd end = RunWithinDeadline(std::move(drop), localCallLimit, stop);
+    std::shared_ptr<Last> last;
+    ECallEnd end = ECallEnd::NotStarted;
+    try
+    {
+        last = std::make_shared<Last>();
+        last->state = std::move(state);
+        end = RunWithinDeadline(
+            [last] {
+                if (last->state.use_count() == 1)
+                    last->error = ErrorOf(last->state->Close());
+                last->state.reset();
+            },
+            localCallLimit, stop);
+    }
+    catch (const std::bad_alloc&)
+    {}
     if (end == ECallEnd::NotStarted)
-        DropApart(last->state);
+        DropApart(last ? last->state : state);
     if (abandoned)
         return 0;
     return end == ECallEnd::Returned ? last->error : GetErrorOfGivenUp(stop);
-}
-catch (const std::bad_alloc&)
-{
-    DropApart(state);
-    return 0;
 }
 
 void CloseOwned(Shared& state)
@@ -229,6 +231,21 @@ Shared OpenBelow(const CStopSignal& stop, const Shared& parent,
         throw;
     }
     return created;
+}
+
+// The owner of what was opened. Without memory for it the share goes the way of all others.
+template <class Owner>
+std::unique_ptr<Owner> MakeOwner(Shared opened)
+{
+    try
+    {
+        return std::make_unique<Owner>(opened);
+    }
+    catch (const std::bad_alloc&)
+    {
+        Drop(opened);
+        throw;
+    }
 }
 
 std::wstring QueryHeader(InternetState& state, const Shared& own, DWORD level)
@@ -371,7 +388,7 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
                                                         const std::wstring& referrer,
                                                         std::uintptr_t context, std::uint32_t flags)
 {
-    return std::make_unique<CHttpFile>(OpenBelow(
+    return MakeOwner<CHttpFile>(OpenBelow(
         state->stop, state,
         [verb, escaped = EscapeObject(object), referrer, context, flags](InternetState& request) {
             const HINTERNET opened = ::HttpOpenRequestW(
@@ -418,7 +435,7 @@ std::unique_ptr<CHttpConnection> CInternetSession::GetHttpConnection(const std::
                                                                      std::uint16_t port,
                                                                      std::uint32_t flags)
 {
-    return std::make_unique<CHttpConnection>(
+    return MakeOwner<CHttpConnection>(
         OpenBelow(state->stop, state, [host, port, flags](InternetState& connection) {
             return ::InternetConnectW(connection.parent->handle, host.c_str(), port, nullptr,
                                       nullptr, INTERNET_SERVICE_HTTP, flags, 1);

@@ -80,6 +80,9 @@ ProgramResult RunProgram(const std::vector<std::string>& command,
 CWinePrefix::CWinePrefix() : folder(MakeTemporaryFolder("wine"))
 {
     RunOrThrow({sourceFolder / "tools/wine-prefix", "--from", GetBasePrefix(), folder});
+    // Programs that started at once would race for making it.
+    RunProgram({"/usr/lib/wine/wineserver64", "-p"}, {"WINEPREFIX=" + folder.string()}, {},
+               std::chrono::seconds(10));
 }
 
 CWinePrefix::~CWinePrefix()

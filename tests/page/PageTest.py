@@ -13,6 +13,7 @@ from pathlib import Path
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common import utils
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
@@ -78,6 +79,17 @@ class Collector:
         return answer
 
 
+class LoopbackService(Service):
+    """Speaks to the driver by address: a machine may have no name for it."""
+
+    @property
+    def service_url(self):
+        return f'http://127.0.0.1:{self.port}'
+
+    def is_connectable(self):
+        return utils.is_connectable(self.port, '127.0.0.1')
+
+
 def start_browser():
     options = webdriver.ChromeOptions()
     options.binary_location = '/usr/bin/chromium'
@@ -86,7 +98,7 @@ def start_browser():
     if os.geteuid() == 0:
         options.add_argument('--no-sandbox')
     options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
-    return webdriver.Chrome(service=Service('/usr/bin/chromedriver'), options=options)
+    return webdriver.Chrome(service=LoopbackService('/usr/bin/chromedriver'), options=options)
 
 
 class PageTest(unittest.TestCase):

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <latch>
 #include <thread>
+#include <vector>
 
 namespace simulated {
 
@@ -87,7 +88,8 @@ void CThread::Close() noexcept
     else if (state->thread.joinable())
     {
         state->thread.detach(); // frozen with its process
-        new std::shared_ptr<State>(state);
+        static auto& frozen = *new std::vector<std::shared_ptr<State>>;
+        frozen.push_back(state);
     }
     state.reset();
 }
