@@ -1,7 +1,7 @@
 #include "platform/Registry.h"
 #include "tests/platform/System.h"
 
-#include <map>
+#include <algorithm>
 
 namespace contract {
 
@@ -14,54 +14,7 @@ using platform::ERegistryRoot;
 using platform::ERegistryView;
 using Bytes = std::vector<std::uint8_t>;
 
-const std::wstring ownClass = L"CLSID\\{B2C64E0F-9A17-4D33-8F5B-60E1A7D2C984}";
-const std::wstring ownUserClass = L"SOFTWARE\\Classes\\" + ownClass;
-const std::wstring ownUserKey = L"Software\\ZoTracker contract";
-
-class Registry : public testing::Test
-{
-protected:
-    Registry()
-    {
-        BeginCase();
-        RemoveKeys();
-    }
-    ~Registry() override { RemoveKeys(); }
-
-    static void RemoveKeys()
-    {
-        for (const ERegistryView view : {ERegistryView::View32, ERegistryView::View64})
-        {
-            RemoveKey(ERegistryRoot::ClassesRoot, ownClass, view);
-            RemoveKey(ERegistryRoot::CurrentUser, ownClass, view);
-            RemoveKey(ERegistryRoot::CurrentUser, ownUserClass, view);
-            RemoveKey(ERegistryRoot::CurrentUser, ownUserKey, view);
-        }
-    }
-
-    static CRegistryKey CreateOwn()
-    {
-        bool existed = false;
-        return CRegistryKey::Create(ERegistryRoot::CurrentUser, ownUserKey, ERegistryView::Default,
-                                    existed);
-    }
-
-    static CRegistryKey OpenOwn(ERegistryAccess access)
-    {
-        return CRegistryKey::Open(ERegistryRoot::CurrentUser, ownUserKey, access,
-                                  ERegistryView::Default);
-    }
-
-    // The value's bytes, read with a buffer of `room` bytes.
-    static Bytes Read(const CRegistryKey& key, const std::wstring& name, std::size_t room)
-    {
-        Bytes buffer(room);
-        std::size_t size = 0;
-        EXPECT_EQ(key.Query(name, buffer, size), ERegistryQuery::Done);
-        buffer.resize(size);
-        return buffer;
-    }
-};
+using Registry = CCase;
 
 // Whether the user's classes are separate too depends on the system's version; each view sees its
 // own in every one.
@@ -77,62 +30,69 @@ TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
         ERegistryView created;
         Views seen, hidden;
     } cases[] = {
-        {"class", ERegistryRoot::ClassesRoot, ownClass, View32, {View32}, {View64, Default}},
-        {"class", ERegistryRoot::ClassesRoot, ownClass, Default, {View64, Default}, {View32}},
-        {"user's class", ERegistryRoot::CurrentUser, ownUserClass, View32, {View32}, {}},
-        {"user's class", ERegistryRoot::CurrentUser, ownUserClass, View64, {View64}, {}},
-        {"CLSID", ERegistryRoot::CurrentUser, ownClass, View32, {View32, View64, Default}, {}},
-        {"other", ERegistryRoot::CurrentUser, ownUserKey, View32, {View32, View64, Default}, {}},
+        {"class", ERegistryRoot::ClassesRoot, classKey, View32, {View32}, {View64, Default}},
+        {"class", ERegistryRoot::ClassesRoot, classKey, Default, {View64, Default}, {View32}},
+        {"user's class", ERegistryRoot::CurrentUser, userClassKey, View32, {View32}, {}},
+        {"CLSID", ERegistryRoot::CurrentUser, classKey, View32, {View32, View64, Default}, {}},
+        {"other", ERegistryRoot::CurrentUser, otherKey, View32, {View32, View64, Default}, {}},
     };
     for (const auto& c : cases)
     {
-        const auto opens = [&c](ERegistryView view) {
-            return bool(CRegistryKey::Open(c.root, c.subKey, ERegistryAccess::All, view));
-        };
         for (const bool expected : {false, true})
         {
             bool existed = !expected;
             ASSERT_TRUE(CRegistryKey::Create(c.root, c.subKey, c.created, existed)) << c.what;
             EXPECT_EQ(existed, expected) << c.what;
         }
-        for (const ERegistryView view : c.seen)
-            EXPECT_TRUE(opens(view)) << c.what << static_cast<int>(view);
-        for (const ERegistryView view : c.hidden)
-            EXPECT_FALSE(opens(view)) << c.what << static_cast<int>(view);
-        RemoveKeys();
+        for (const Views& views : {c.seen, c.hidden})
+            for (const ERegistryView view : views)
+                EXPECT_EQ(bool(CRegistryKey::Open(c.root, c.subKey, ERegistryAccess::All, view)),
+                          views == c.seen)
+                    << c.what << ' ' << static_cast<int>(view);
+        Clean();
     }
 }
 
 TEST_F(Registry, ValuesKeepTheirTypeAndExactBytes)
 {
-    Bytes unterminated(66, 0x31);
-    unterminated[64] = unterminated[65] = 0;
+    Bytes unterminated(66, 0);
+    std::fill_n(unterminated.begin(), 64, 0x31);
     unterminated.resize(64); // the zeros stay behind the end
-    const std::map<std::wstring, std::pair<std::uint32_t, Bytes>> values = {
-        {L"terminated", {platform::registrySz, {'a', 0, 0, 0}}},          {L"odd", {3, {1, 2, 3}}},
-        {L"number", {platform::registryDword, {0x78, 0x56, 0x34, 0x12}}}, {L"empty", {3, {}}},
-        {L"long", {platform::registryExpandSz, Bytes(40'000, 0x41)}},
+    const struct
+    {
+        std::wstring name;
+        std::uint32_t type;
+        Bytes bytes;
+    } values[] = {
+        {L"unterminated", platform::registrySz, std::move(unterminated)},
+        {L"terminated", platform::registrySz, {'a', 0, 0, 0}},
+        {L"number", platform::registryDword, {0x78, 0x56, 0x34, 0x12}},
+        {L"odd", 3, {1, 2, 3}},
+        {L"empty", 3, {}},
+        {L"long", platform::registryExpandSz, Bytes(40'000, 0x41)},
     };
-    CRegistryKey key = CreateOwn();
-    for (const auto& [name, value] : values)
-        ASSERT_TRUE(key.Set(name, value.first, value.second));
-    ASSERT_TRUE(key.Set(L"unterminated", platform::registrySz, unterminated));
-    key = OpenOwn(ERegistryAccess::Read);
-    EXPECT_EQ(Read(key, L"UNterminated", 100).size(), 64u);
-    for (const auto& [name, value] : values)
+    bool existed = true;
+    CRegistryKey key =
+        CRegistryKey::Create(ERegistryRoot::CurrentUser, otherKey, ERegistryView::Default, existed);
+    for (const auto& [name, type, bytes] : values)
+        ASSERT_TRUE(key.Set(name, type, bytes));
+    key = CRegistryKey::Open(ERegistryRoot::CurrentUser, L"software\\ZOTRACKER contract",
+                             ERegistryAccess::Read, ERegistryView::Default);
+    for (const auto& [name, type, bytes] : values)
     {
-        std::uint32_t type = 0;
-        EXPECT_TRUE(key.QueryType(name, type));
-        EXPECT_EQ(type, value.first);
-        EXPECT_EQ(Read(key, name, 40'000), value.second);
-        EXPECT_EQ(Read(key, name, value.second.size()), value.second);
-    }
-    for (std::size_t room = 0; room < 3; ++room)
-    {
-        Bytes buffer(room);
-        std::size_t size = 0;
-        EXPECT_EQ(key.Query(L"odd", buffer, size), ERegistryQuery::MoreData) << room;
-        EXPECT_EQ(size, 3u) << room;
+        std::uint32_t foundType = 0;
+        EXPECT_TRUE(key.QueryType(name, foundType));
+        EXPECT_EQ(foundType, type);
+        for (const std::size_t room : {bytes.size() + 1, bytes.size(), bytes.size() / 2})
+        {
+            Bytes found(room);
+            std::size_t size = 0;
+            EXPECT_EQ(key.Query(name, found, size),
+                      room < bytes.size() ? ERegistryQuery::MoreData : ERegistryQuery::Done);
+            EXPECT_EQ(size, bytes.size());
+            found.resize(size);
+            EXPECT_EQ(found == bytes, room >= bytes.size()) << testing::PrintToString(name);
+        }
     }
 }
 

@@ -1,17 +1,15 @@
 #include "platform/SystemPaths.h"
 #include "tests/platform/System.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/Registry.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/VersionResource.h"
 
 namespace contract {
 
-void BeginCase()
+void Clean()
 {
     simulated::Reset();
     simulated::PutFolder(L"C:\\ProgramData");
-    simulated::PutFile(platform::GetHostExecutablePath(32780), "MZ");
     // The contents of Contract.rc, which the Windows build of this program carries.
     simulated::SetVersionInfo(platform::GetHostExecutablePath(32780),
                               {{{0x0407, 1200}, {0x0409, 1200}},
@@ -19,13 +17,6 @@ void BeginCase()
                                 {L"\\StringFileInfo\\040704b0\\ProductVersion", L"1.2.3.4 (beta)"},
                                 {L"\\StringFileInfo\\040904b0\\ProductName", L"Product"}}});
 }
-
-std::vector<std::wstring> ListFiles(const std::wstring& folder)
-{
-    return simulated::ListFiles(folder);
-}
-
-void RemoveFolder(const std::wstring& folder) { simulated::RemoveItem(folder); }
 
 void SetReadOnly(const std::wstring& path, bool readOnly)
 {
@@ -35,12 +26,6 @@ void SetReadOnly(const std::wstring& path, bool readOnly)
 void SetEnvironmentText(const std::wstring& name, const std::wstring& value)
 {
     simulated::PutEnvironmentVariable(name, value);
-}
-
-void RemoveKey(platform::ERegistryRoot root, const std::wstring& subKey,
-               platform::ERegistryView view)
-{
-    simulated::RemoveRegistryKey(root, subKey, view);
 }
 
 } // namespace contract

@@ -1,48 +1,45 @@
 #pragma once
 
 #include "platform/Files.h"
-#include "platform/Registry.h"
-#include "platform/SystemPaths.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 // What the contract cases need of a system beyond the seam they test, on either system.
 namespace contract {
 
-// Begins a case: on the simulation with everything in its first state.
-void BeginCase();
+// What the cases may create: this folder with files in it, and these keys.
+inline const std::wstring folder = L"C:\\ProgramData\\ZoTracker contract";
+inline const std::wstring classKey = L"CLSID\\{B2C64E0F-9A17-4D33-8F5B-60E1A7D2C984}";
+inline const std::wstring userClassKey = L"SOFTWARE\\Classes\\" + classKey;
+inline const std::wstring otherKey = L"Software\\ZoTracker contract";
 
-std::vector<std::wstring> ListFiles(const std::wstring& folder);
+// Removes all that, in both views; puts the whole simulation into its first state.
+void Clean();
 
-// Removes a folder and the files in it, if there.
-void RemoveFolder(const std::wstring& folder);
-
-// Sets or clears a file's read-only attribute.
 void SetReadOnly(const std::wstring& path, bool readOnly);
-
 void SetEnvironmentText(const std::wstring& name, const std::wstring& value);
 
-// Removes a key without keys below it, if there.
-void RemoveKey(platform::ERegistryRoot root, const std::wstring& subKey,
-               platform::ERegistryView view);
-
-// A case with a folder of its own, empty at the start and gone at the end.
-class CFolderTest : public testing::Test
+// A case that begins with the empty folder.
+class CCase : public testing::Test
 {
 protected:
-    CFolderTest() : folder((BeginCase(), platform::GetSpecialFolder(35) + L"\\ZoTracker contract"))
+    CCase()
     {
-        RemoveFolder(folder);
+        Clean();
         EXPECT_TRUE(platform::CreateFolder(folder));
     }
-    ~CFolderTest() override { RemoveFolder(folder); }
+    ~CCase() override { Clean(); }
 
-    std::wstring PathOf(const std::wstring& name) const { return folder + L"\\" + name; }
-
-    const std::wstring folder;
+    // The contents of a file, "unread" when it cannot be read.
+    static std::string Read(const std::wstring& path, std::uint64_t limit = 1'000'000)
+    {
+        std::string bytes = "unread";
+        const bool isRead = platform::ReadWholeFile(path, limit, bytes);
+        EXPECT_EQ(isRead, bytes != "unread");
+        return bytes;
+    }
 };
 
 } // namespace contract

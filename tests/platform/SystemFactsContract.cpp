@@ -12,11 +12,7 @@ namespace contract {
 
 namespace {
 
-class SystemFacts : public testing::Test
-{
-protected:
-    SystemFacts() { BeginCase(); }
-};
+using SystemFacts = CCase;
 
 TEST_F(SystemFacts, TheMachineIsDescribed)
 {
@@ -31,25 +27,19 @@ TEST_F(SystemFacts, TheMachineIsDescribed)
     EXPECT_NE(platform::GetUserDefaultLanguageId(), 0);
     EXPECT_GE(platform::GetScreenSize().width, 640);
     EXPECT_GE(platform::GetScreenSize().height, 480);
-
     const platform::ProcessorVendor vendor = platform::QueryProcessorVendor();
     for (const std::uint32_t letters : {vendor.ecx, vendor.edx})
-        for (unsigned shift = 0; shift < 32; shift += 8)
-            EXPECT_THAT(letters >> shift & 0xFF,
-                        testing::AllOf(testing::Ge(0x20u), testing::Lt(0x7Fu)));
-    for (const platform::NetworkAdapter& adapter : platform::ListNetworkAdapters())
-        EXPECT_EQ(adapter.firstGateway.find_first_not_of("0123456789."), std::string::npos);
+        EXPECT_EQ(letters & 0xC0C0C0C0, 0x40404040u);
 }
 
-TEST_F(SystemFacts, LettersAndDigitsDoNotFollowTheHostsLocale)
+TEST_F(SystemFacts, LettersDoNotFollowTheHostsLocale)
 {
-    for (const char* locale : {"", "Turkish_Turkey.1254", "C"})
+    for (const char* locale : {"", "C"})
     {
-        if (std::setlocale(LC_ALL, locale) == nullptr)
-            continue; // the second one has this name on Windows only
-        for (const wchar_t unit : std::wstring_view(L"aZ9\xB2\xC0\xFF\x3C9\x410"))
+        std::setlocale(LC_ALL, locale);
+        for (const wchar_t unit : std::wstring_view(L"\xC0\xFF\x3C9\x410"))
             EXPECT_TRUE(platform::IsAlphanumeric(unit)) << locale << ' ' << +unit;
-        for (const wchar_t unit : std::wstring_view(L"@_\x7F\xA0\xD7\x20AC\xD800"))
+        for (const wchar_t unit : std::wstring_view(L"\xA0\xD7\x20AC\xD800"))
             EXPECT_FALSE(platform::IsAlphanumeric(unit)) << locale << ' ' << +unit;
     }
 }
@@ -58,13 +48,12 @@ TEST_F(SystemFacts, TheComputersNameFitsOrFails)
 {
     std::wstring name;
     ASSERT_TRUE(platform::QueryComputerName(16, name));
-    ASSERT_FALSE(name.empty());
-    std::wstring again;
-    EXPECT_TRUE(platform::QueryComputerName(name.size() + 1, again));
-    EXPECT_EQ(again, name);
-    again = L"before";
+    std::wstring again = L"before";
     EXPECT_FALSE(platform::QueryComputerName(name.size(), again));
     EXPECT_EQ(again, L"before");
+    EXPECT_TRUE(platform::QueryComputerName(name.size() + 1, again));
+    EXPECT_EQ(again, name);
+    EXPECT_NE(name, L"");
 }
 
 TEST_F(SystemFacts, TheHostsPathIsCutToTheBuffer)
@@ -82,16 +71,14 @@ TEST_F(SystemFacts, AVersionResourceAnswersByPath)
 {
     const platform::CVersionResource none(L"C:\\none.exe");
     const platform::CVersionResource resource(platform::GetHostExecutablePath(32780));
-    std::uint16_t language = 99;
-    std::uint16_t codePage = 99;
     EXPECT_TRUE(none.IsEmpty());
-    EXPECT_FALSE(none.QueryFirstTranslation(language, codePage));
-    EXPECT_EQ(language, 99);
-    EXPECT_EQ(codePage, 99);
     ASSERT_FALSE(resource.IsEmpty());
-    EXPECT_TRUE(resource.QueryFirstTranslation(language, codePage));
-    EXPECT_EQ(language, 0x0407);
-    EXPECT_EQ(codePage, 1200);
+    using Translation = std::pair<std::uint16_t, std::uint16_t>;
+    Translation translation(99, 99);
+    EXPECT_FALSE(none.QueryFirstTranslation(translation.first, translation.second));
+    EXPECT_EQ(translation, Translation(99, 99));
+    EXPECT_TRUE(resource.QueryFirstTranslation(translation.first, translation.second));
+    EXPECT_EQ(translation, Translation(0x0407, 1200));
     const std::pair<const wchar_t*, const wchar_t*> texts[] = {
         {L"\\StringFileInfo\\040704B0\\productname", L"Produkt \u20AC"},
         {L"\\StringFileInfo\\040704b0\\ProductVersion", L"1.2.3.4 (beta)"},

@@ -4,12 +4,9 @@
 
 #include <vector>
 
-namespace platform {
-
 namespace {
 
-using Numbers = std::vector<int>;
-Numbers closed;
+std::vector<int> closed;
 
 struct NumberTraits
 {
@@ -22,26 +19,21 @@ struct NumberTraits
         ::SetLastError(ERROR_INVALID_HANDLE);
     }
 };
-using CNumber = CUniqueHandle<NumberTraits>;
 
 TEST(UniqueHandle, ClosesOnceAndLeavesTheLastErrorAlone)
 {
-    closed.clear();
     ::SetLastError(ERROR_FILE_NOT_FOUND);
     {
-        CNumber first(1);
-        CNumber second(std::move(first));
+        platform::CUniqueHandle<NumberTraits> first(1);
+        platform::CUniqueHandle<NumberTraits> second(std::move(first));
         EXPECT_FALSE(first);
-        EXPECT_EQ(second.Get(), 1);
-        EXPECT_EQ(closed, Numbers());
-        CNumber& same = second;
+        auto& same = second;
         second = std::move(same);
         EXPECT_EQ(second.Get(), 1);
+        EXPECT_TRUE(closed.empty());
     }
-    EXPECT_EQ(closed, (Numbers{1}));
+    EXPECT_EQ(closed, std::vector<int>{1});
     EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
 } // namespace
-
-} // namespace platform
