@@ -1,10 +1,9 @@
 #include "tests/simulated/Files.h"
 
 #include "platform/Files.h"
-#include "tests/simulated/UpperCase.h"
 
 #include <algorithm>
-#include <utility>
+#include <string_view>
 
 namespace simulated {
 
@@ -12,14 +11,12 @@ CState<Disk> disk;
 
 namespace {
 
-const std::wstring literalPrefix = L"\\\\?\\";
-
 // The path with single separators and none at its end. A doubled separator in a literal path
 // stays, so that no item is found there.
 std::wstring Normalize(std::wstring path)
 {
-    if (path.starts_with(literalPrefix))
-        return path.substr(literalPrefix.size());
+    if (path.starts_with(L"\\\\?\\"))
+        return path.substr(4);
     std::replace(path.begin(), path.end(), L'/', L'\\');
     const auto isRepeated = [](wchar_t a, wchar_t b) { return a == L'\\' && b == L'\\'; };
     path.erase(std::unique(path.begin(), path.end(), isRepeated), path.end());
@@ -28,76 +25,55 @@ std::wstring Normalize(std::wstring path)
     return path;
 }
 
-std::wstring PlaceOf(const std::wstring& path) { return UpperCase(Normalize(path)); }
-
-std::wstring FolderOf(const std::wstring& place)
-{
-    const std::size_t end = place.rfind(L'\\');
-    return end == place.npos ? std::wstring() : place.substr(0, end);
-}
-
-std::wstring NameOf(const std::wstring& normalized)
-{
-    return normalized.substr(normalized.rfind(L'\\') + 1); // npos + 1 is 0
-}
+// Of a normalized path.
+std::wstring FolderOf(const std::wstring& path) { return path.substr(0, path.rfind(L'\\')); }
 
 // The caller holds `disk`, here and in what follows.
-Item* FindAt(const std::wstring& place)
+Item* FindAt(const std::wstring& normalized)
 {
-    const auto found = disk->items.find(place);
+    const auto found = disk->items.find(normalized);
     return found == disk->items.end() ? nullptr : &found->second;
 }
 
-Item* Find(const std::wstring& path) { return FindAt(PlaceOf(path)); }
+Item* Find(const std::wstring& path) { return FindAt(Normalize(path)); }
 
-bool IsFolder(const Item* item) { return item != nullptr && item->isFolder; }
-bool IsFile(const Item* item) { return item != nullptr && !item->isFolder; }
-
-// Whether items may come, go and change in the folder that a path lies in.
-bool MayChangeBeside(const std::wstring& path)
+// Whether a file of this path may come, go and change.
+bool MayChange(const std::wstring& path)
 {
-    const Item* folder = FindAt(FolderOf(PlaceOf(path)));
-    return IsFolder(folder) && !folder->readOnly;
+    const Item* item = Find(path);
+    const Item* folder = FindAt(FolderOf(Normalize(path)));
+    return (item == nullptr || (!item->isFolder && !item->readOnly)) && folder != nullptr &&
+           folder->isFolder && !folder->readOnly;
 }
 
 // Creates or replaces an item, with all folders on its way.
-void Put(const std::wstring& path, bool isFolder, const std::string& bytes)
+void Put(const std::wstring& path, const Item& item)
 {
     const auto held = disk.Hold();
     const std::wstring normalized = Normalize(path);
     for (std::size_t i = 0; (i = normalized.find(L'\\', i)) != normalized.npos; ++i)
-    {
-        const std::wstring folder = normalized.substr(0, i);
-        held->items.try_emplace(UpperCase(folder), Item{NameOf(folder), true});
-    }
-    held->items[UpperCase(normalized)] = {NameOf(normalized), isFolder, false, bytes};
+        held->items.try_emplace(normalized.substr(0, i), Item{true});
+    held->items[normalized] = item;
 }
 
 } // namespace
 
-void PutFile(const std::wstring& path, const std::string& bytes) { Put(path, false, bytes); }
+void PutFile(const std::wstring& path, const std::string& bytes) { Put(path, {.bytes = bytes}); }
 
-void PutFolder(const std::wstring& path) { Put(path, true, {}); }
+void PutFolder(const std::wstring& path) { Put(path, {.isFolder = true}); }
 
 void RemoveItem(const std::wstring& path)
 {
-    const std::wstring place = PlaceOf(path);
-    std::erase_if(disk->items, [&place](const auto& entry) {
-        return entry.first == place || entry.first.starts_with(place + L'\\');
+    std::erase_if(disk->items, [top = Normalize(path)](const auto& entry) {
+        return IsAtOrBelow(entry.first, top);
     });
-}
-
-bool FolderExists(const std::wstring& path)
-{
-    const auto held = disk.Hold();
-    return IsFolder(Find(path));
 }
 
 std::optional<std::string> ReadFileBytes(const std::wstring& path)
 {
     const auto held = disk.Hold();
     const Item* found = Find(path);
-    return IsFile(found) ? std::optional(found->bytes) : std::nullopt;
+    return found == nullptr || found->isFolder ? std::nullopt : std::optional(found->bytes);
 }
 
 void SetReadOnly(const std::wstring& path, bool readOnly)
@@ -107,19 +83,9 @@ void SetReadOnly(const std::wstring& path, bool readOnly)
         found->readOnly = readOnly;
 }
 
-std::vector<std::wstring> ListFiles(const std::wstring& folder)
-{
-    const auto held = disk.Hold();
-    std::vector<std::wstring> names;
-    for (const auto& [place, item] : held->items)
-        if (!item.isFolder && FolderOf(place) == PlaceOf(folder))
-            names.push_back(item.name);
-    return names;
-}
-
 void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value)
 {
-    disk->environment[UpperCase(L"%" + name + L"%")] = value;
+    disk->environment[L"%" + name + L"%"] = value;
 }
 
 } // namespace simulated
@@ -138,37 +104,33 @@ bool FileSystemItemExists(const std::wstring& path)
 bool CreateFolder(const std::wstring& path)
 {
     const auto held = disk.Hold();
-    const bool creates = Find(path) == nullptr && MayChangeBeside(path);
+    const bool creates = Find(path) == nullptr && MayChange(path);
     if (creates)
-        Put(path, true, {});
+        PutFolder(path);
     return creates;
 }
 
 bool RemoveFile(const std::wstring& path)
 {
     const auto held = disk.Hold();
-    const Item* found = Find(path);
-    const bool removes = IsFile(found) && !found->readOnly && MayChangeBeside(path);
-    return removes && held->items.erase(PlaceOf(path)) == 1;
+    return MayChange(path) && held->items.erase(Normalize(path)) == 1;
 }
 
 bool ReadWholeFile(const std::wstring& path, std::uint64_t limit, std::string& bytes)
 {
     const auto found = ReadFileBytes(path);
-    if (!found || found->size() > limit)
-        return false;
-    bytes = *found;
-    return true;
+    const bool reads = found && found->size() <= limit;
+    if (reads)
+        bytes = *found;
+    return reads;
 }
 
 bool ReplaceFileContents(const std::wstring& path, const std::string& bytes)
 {
     const auto held = disk.Hold();
-    const Item* found = Find(path);
-    const bool refuses = found != nullptr && (found->isFolder || found->readOnly);
-    const bool replaces = !refuses && MayChangeBeside(path);
+    const bool replaces = MayChange(path);
     if (replaces)
-        Put(path, false, bytes);
+        PutFile(path, bytes);
     return replaces;
 }
 
@@ -176,19 +138,18 @@ bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring
 {
     const auto held = disk.Hold();
     std::wstring result;
-    std::wstring_view rest = text;
-    while (!rest.empty())
+    for (std::wstring_view rest = text; !rest.empty();)
     {
         const std::size_t end = rest.front() == L'%' ? rest.find(L'%', 1) : 0;
         const std::wstring piece(rest.substr(0, end == rest.npos ? end : end + 1));
-        const auto found = held->environment.find(UpperCase(piece));
+        const auto found = held->environment.find(piece);
         result += found == held->environment.end() ? piece : found->second;
         rest.remove_prefix(piece.size());
     }
-    if (held->expandingFails || result.size() >= limit)
-        return false;
-    expanded = result;
-    return true;
+    const bool expands = !held->expandingFails && result.size() < limit;
+    if (expands)
+        expanded = result;
+    return expands;
 }
 
 } // namespace platform

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/simulated/State.h"
+#include "tests/simulated/Simulated.h"
 
 #include <map>
 #include <optional>
@@ -23,8 +23,6 @@ void PutFolder(const std::wstring& path);
 // Removes a file, or a folder with all that it holds.
 void RemoveItem(const std::wstring& path);
 
-bool FolderExists(const std::wstring& path);
-
 // The bytes of a file; nothing where there is no file.
 std::optional<std::string> ReadFileBytes(const std::wstring& path);
 
@@ -32,15 +30,11 @@ std::optional<std::string> ReadFileBytes(const std::wstring& path);
 // with it nothing can.
 void SetReadOnly(const std::wstring& path, bool readOnly);
 
-// The files directly in a folder, in order of their names.
-std::vector<std::wstring> ListFiles(const std::wstring& folder);
-
-// An environment variable for ExpandEnvironment. Names ignore case.
+// An environment variable for ExpandEnvironment.
 void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value);
 
 struct Item
 {
-    std::wstring name; // as it was given when the item was made
     bool isFolder = false;
     bool readOnly = false; // of a folder: locked
     std::string bytes = {};
@@ -48,10 +42,10 @@ struct Item
 
 struct Disk
 {
-    std::map<std::wstring, Item> items = {{L"C:", {L"C:", true}}}; // by place
-    std::vector<std::wstring> statusQueries;          // of FileSystemItemExists, as they were given
-    std::map<std::wstring, std::wstring> environment; // by upper-case "%NAME%"
-    bool expandingFails = false;                      // each ExpandEnvironment
+    std::map<std::wstring, Item, IgnoringCase> items = {{L"C:", {true}}}; // by normalized path
+    std::map<std::wstring, std::wstring, IgnoringCase> environment;       // by "%NAME%"
+    std::vector<std::wstring> statusQueries; // of FileSystemItemExists, as they were given
+    bool expandingFails = false;             // each ExpandEnvironment
 };
 extern CState<Disk> disk;
 

@@ -5,7 +5,6 @@
 #include "tests/simulated/VirtualTime.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace simulated {
@@ -32,7 +31,7 @@ struct InternetState
 {
     const CStopSignal& stop;
     simulated::SentRequest request{};
-    std::shared_ptr<simulated::Answer> answer{}; // a connection's is that of its request
+    std::shared_ptr<const simulated::Answer> answer{}; // of a connection and its request
     std::size_t bytesRead = 0;
     std::size_t reads = 0;
     std::size_t index = 0; // of the noted request
@@ -46,7 +45,9 @@ namespace simulated {
 
 namespace {
 
+using namespace std::chrono_literals;
 using platform::CInternetException;
+using platform::EInternetOption;
 using platform::InternetState;
 
 Answer TakeAnswer()
@@ -59,14 +60,6 @@ Answer TakeAnswer()
     return answer;
 }
 
-// Stages up to the send use up their answer when they fail; later ones have taken it already.
-void FailIfOrderedEarly(ENetworkStage stage)
-{
-    const auto held = internet.Hold();
-    if (!held->script.empty() && held->script.front().failsAt == stage)
-        throw CInternetException(TakeAnswer().error);
-}
-
 void FailIfOrdered(const InternetState& state, ENetworkStage stage)
 {
     if (state.abandoned)
@@ -75,47 +68,43 @@ void FailIfOrdered(const InternetState& state, ENetworkStage stage)
         throw CInternetException(state.answer->error);
 }
 
-std::chrono::milliseconds GetDeadline(InternetState& state)
-{
-    using platform::EInternetOption;
-    auto& timeouts = state.request.timeouts;
-    return std::chrono::milliseconds(timeouts[EInternetOption::ConnectTimeout] +
-                                     std::max(timeouts[EInternetOption::SendTimeout],
-                                              timeouts[EInternetOption::DataSendTimeout]) +
-                                     std::max(timeouts[EInternetOption::ReceiveTimeout],
-                                              timeouts[EInternetOption::DataReceiveTimeout]));
-}
-
 // Lets the answer's delay pass as the real calls do: not beyond the deadline, and one second at the
 // most once a stop is requested.
 void PassDelay(InternetState& state)
 {
-    using namespace std::chrono_literals;
-    const auto deadline = GetDeadline(state);
+    std::chrono::milliseconds deadline = 0ms;
+    for (const auto option : {EInternetOption::ConnectTimeout, EInternetOption::SendTimeout,
+                              EInternetOption::ReceiveTimeout})
+        deadline += std::chrono::milliseconds(state.request.timeouts[option]);
     const auto untilAnswer = std::min(state.answer->delay, deadline);
     if (untilAnswer == 0ms)
         return;
     const std::int64_t start = GetElapsedMilliseconds();
-    bool answered = state.answer->delay < deadline;
+    state.abandoned = state.answer->delay >= deadline;
     if (state.stop.Wait(untilAnswer))
     {
         const auto rest = untilAnswer - std::chrono::milliseconds(GetElapsedMilliseconds() - start);
-        answered = answered && rest <= 1000ms;
+        state.abandoned = state.abandoned || rest > 1000ms;
         WaitInVirtualTime([] { return false; }, std::min(rest, 1000ms));
     }
-    if (answered)
-        return;
-    state.abandoned = true;
-    throw CInternetException(platform::internetTimeout);
+    if (state.abandoned)
+        throw CInternetException(platform::internetTimeout);
 }
 
 void SendHead(InternetState& state)
 {
-    *state.answer = TakeAnswer();
     const auto held = internet.Hold();
     state.request.atMilliseconds = GetElapsedMilliseconds();
     state.index = held->sent.size();
     held->sent.push_back(state.request);
+}
+
+// What was given up closes without a word; so does what is closed already.
+void Close(std::shared_ptr<InternetState>& state, ENetworkStage stage)
+{
+    const auto closing = std::move(state);
+    if (closing && !closing->abandoned)
+        FailIfOrdered(*closing, stage);
 }
 
 } // namespace
@@ -130,7 +119,9 @@ CInternetSession::CInternetSession(const std::wstring& agent, std::uintptr_t,
                                    const CStopSignal& stop)
     : state(new InternetState{stop})
 {
-    FailIfOrderedEarly(ENetworkStage::Session);
+    const auto held = internet.Hold();
+    if (!held->script.empty() && held->script.front().failsAt == ENetworkStage::Session)
+        throw CInternetException(TakeAnswer().error);
     state->request.agent = agent;
 }
 
@@ -145,9 +136,9 @@ std::unique_ptr<CHttpConnection> CInternetSession::GetHttpConnection(const std::
                                                                      std::uint16_t port,
                                                                      std::uint32_t flags)
 {
-    FailIfOrderedEarly(ENetworkStage::Connect);
     auto opened = std::make_shared<InternetState>(*state);
-    opened->answer = std::make_shared<Answer>();
+    opened->answer = std::make_shared<Answer>(TakeAnswer());
+    FailIfOrdered(*opened, ENetworkStage::Connect);
     opened->request.host = host;
     opened->request.port = port;
     opened->request.connectionFlags = flags;
@@ -159,7 +150,6 @@ void CInternetSession::Close() { state.reset(); }
 CHttpConnection::CHttpConnection(std::shared_ptr<InternetState> opened) noexcept
     : state(std::move(opened))
 {}
-
 CHttpConnection::~CHttpConnection() = default;
 
 std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb,
@@ -167,7 +157,7 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
                                                         const std::wstring& referrer,
                                                         std::uintptr_t, std::uint32_t flags)
 {
-    FailIfOrderedEarly(ENetworkStage::OpenRequest);
+    FailIfOrdered(*state, ENetworkStage::OpenRequest);
     auto opened = std::make_shared<InternetState>(*state);
     opened->request.verb = verb;
     opened->request.object = EscapeObject(object);
@@ -176,20 +166,14 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
     return std::make_unique<CHttpFile>(std::move(opened));
 }
 
-void CHttpConnection::Close()
-{
-    const auto closing = std::move(state);
-    if (closing && !closing->abandoned)
-        FailIfOrdered(*closing, ENetworkStage::CloseConnection);
-}
+void CHttpConnection::Close() { simulated::Close(state, ENetworkStage::CloseConnection); }
 
 CHttpFile::CHttpFile(std::shared_ptr<InternetState> opened) noexcept : state(std::move(opened)) {}
-
 CHttpFile::~CHttpFile() = default;
 
 void CHttpFile::AddRequestHeaders(const std::wstring& headers, std::uint32_t)
 {
-    FailIfOrderedEarly(ENetworkStage::AddHeaders);
+    FailIfOrdered(*state, ENetworkStage::AddHeaders);
     state->request.headers += headers;
 }
 
@@ -221,34 +205,24 @@ void CHttpFile::EndRequest()
 }
 
 std::uint32_t CHttpFile::QueryStatusCode() { return state->answer->status; }
-
 std::uint32_t CHttpFile::QueryContentLength() { return state->answer->contentLength; }
-
 std::wstring CHttpFile::QueryContentLocation() { return state->answer->contentLocation; }
-
 std::wstring CHttpFile::QueryLocation() { return state->answer->location; }
 
 std::size_t CHttpFile::Read(char* buffer, std::size_t count)
 {
-    const std::string& body = state->answer->body;
-    if (state->bytesRead == body.size()) // a broken connection breaks after what came before
+    const Answer& answer = *state->answer;
+    if (state->bytesRead == answer.body.size()) // a broken connection breaks after what came before
         FailIfOrdered(*state, ENetworkStage::Read);
-    std::size_t read = std::min(count, body.size() - state->bytesRead);
-    if (state->reads < state->answer->firstReads.size())
-        read = std::min(read, state->answer->firstReads[state->reads++]);
-    std::memcpy(buffer, body.data() + state->bytesRead, read);
-    state->bytesRead += read;
-    return read;
+    if (state->reads < answer.firstReads.size())
+        count = std::min(count, answer.firstReads[state->reads++]);
+    count = answer.body.copy(buffer, count, state->bytesRead);
+    state->bytesRead += count;
+    return count;
 }
 
 void CHttpFile::Abort() noexcept { state.reset(); }
-
-void CHttpFile::Close()
-{
-    const auto closing = std::move(state);
-    if (closing && !closing->abandoned)
-        FailIfOrdered(*closing, ENetworkStage::CloseRequest);
-}
+void CHttpFile::Close() { simulated::Close(state, ENetworkStage::CloseRequest); }
 
 bool GetConnectedState(const CStopSignal&, std::uint32_t& error)
 {

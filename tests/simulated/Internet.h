@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Internet.h"
-#include "tests/simulated/State.h"
+#include "tests/simulated/Simulated.h"
 
 #include <chrono>
 #include <cstdint>

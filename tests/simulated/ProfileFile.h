@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/simulated/State.h"
+#include "tests/simulated/Simulated.h"
 
 #include <cstddef>
 #include <string>

@@ -1,12 +1,7 @@
 #include "tests/simulated/Registry.h"
 
-#include "tests/simulated/UpperCase.h"
-
 #include <algorithm>
 #include <utility>
-
-using platform::ERegistryRoot;
-using platform::ERegistryView;
 
 namespace simulated {
 
@@ -14,40 +9,25 @@ CState<Registry> registry;
 
 namespace {
 
-using KeyPath = Registry::KeyPath;
-
-bool IsAtOrBelow(const std::wstring& path, const std::wstring& top)
-{
-    return path == top || path.starts_with(top + L'\\');
-}
-
 // Where a key of a view stands in the store: a separate key's 32-bit form stands below
 // "Wow6432Node" beside the 64-bit one.
-KeyPath PlaceOf(ERegistryRoot root, const std::wstring& subKey, ERegistryView view)
+std::wstring PlaceOf(ERegistryRoot root, const std::wstring& subKey, ERegistryView view)
 {
-    std::wstring path = UpperCase(subKey);
-    const std::wstring classes = root == ERegistryRoot::ClassesRoot ? L"" : L"SOFTWARE\\CLASSES\\";
-    if (view == ERegistryView::View32 && IsAtOrBelow(path, classes + L"CLSID"))
-        path.insert(classes.size(), L"WOW6432NODE\\");
-    return {root, path};
+    const bool isUser = root == ERegistryRoot::CurrentUser;
+    const std::wstring classes = isUser ? L"HKCU\\SOFTWARE\\Classes\\" : L"HKCR\\";
+    std::wstring place = (isUser ? L"HKCU\\" : L"HKCR\\") + subKey;
+    if (view == ERegistryView::View32 && IsAtOrBelow(place, classes + L"CLSID"))
+        place.insert(classes.size(), L"Wow6432Node\\");
+    return place;
 }
 
-// Creates a key and all that is missing above it. The caller holds `registry`, here and in what
-// follows.
-Registry::Values& CreateAt(const KeyPath& place)
-{
-    const auto& [root, path] = place;
-    for (std::size_t i = 0; (i = path.find(L'\\', i)) != path.npos; ++i)
-        registry->keys.try_emplace({root, path.substr(0, i)});
-    return registry->keys[place];
-}
-
-const RegistryValue* FindAt(const KeyPath& place, const std::wstring& name)
+// The caller holds `registry`, here and in what follows.
+const RegistryValue* FindAt(const std::wstring& place, const std::wstring& name)
 {
     const auto key = registry->keys.find(place);
     if (key == registry->keys.end())
         return nullptr;
-    const auto value = key->second.find(UpperCase(name));
+    const auto value = key->second.find(name);
     return value == key->second.end() ? nullptr : &value->second;
 }
 
@@ -61,14 +41,7 @@ bool Refuses(ERegistryRoot root, ERegistryDenial denial)
 void PutRegistryValue(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
                       const std::wstring& name, const RegistryValue& value)
 {
-    const auto held = registry.Hold();
-    CreateAt(PlaceOf(root, subKey, view))[UpperCase(name)] = value;
-}
-
-void PutRegistryText(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
-                     const std::wstring& name, const std::wstring& text)
-{
-    PutRegistryValue(root, subKey, view, name, {platform::registrySz, TerminatedText(text)});
+    registry->keys[PlaceOf(root, subKey, view)][name] = value;
 }
 
 std::optional<RegistryValue> FindRegistryValue(ERegistryRoot root, const std::wstring& subKey,
@@ -92,9 +65,8 @@ std::optional<std::wstring> FindRegistryText(ERegistryRoot root, const std::wstr
 
 void RemoveRegistryKey(ERegistryRoot root, const std::wstring& subKey, ERegistryView view)
 {
-    const KeyPath place = PlaceOf(root, subKey, view);
-    std::erase_if(registry->keys, [&place](const auto& entry) {
-        return entry.first.first == place.first && IsAtOrBelow(entry.first.second, place.second);
+    std::erase_if(registry->keys, [place = PlaceOf(root, subKey, view)](const auto& entry) {
+        return IsAtOrBelow(entry.first, place);
     });
 }
 
@@ -106,7 +78,8 @@ using namespace simulated;
 
 struct CRegistryKey::Native
 {
-    KeyPath place;
+    ERegistryRoot root;
+    std::wstring place;
     ERegistryAccess access;
 };
 
@@ -121,35 +94,34 @@ CRegistryKey CRegistryKey::Open(ERegistryRoot root, const std::wstring& subKey,
                                 ERegistryAccess access, ERegistryView view)
 {
     const auto held = registry.Hold();
-    const KeyPath place = PlaceOf(root, subKey, view);
-    const bool refused = access == ERegistryAccess::All && Refuses(root, ERegistryDenial::Opening);
-    if (refused || !held->keys.contains(place))
+    const std::wstring place = PlaceOf(root, subKey, view);
+    if (!held->keys.contains(place) ||
+        (access == ERegistryAccess::All && Refuses(root, ERegistryDenial::Opening)))
         return {};
-    return CRegistryKey(std::make_unique<Native>(Native{place, access}));
+    return CRegistryKey(std::make_unique<Native>(Native{root, place, access}));
 }
 
 CRegistryKey CRegistryKey::Create(ERegistryRoot root, const std::wstring& subKey,
                                   ERegistryView view, bool& existed)
 {
     const auto held = registry.Hold();
-    const KeyPath place = PlaceOf(root, subKey, view);
+    const std::wstring place = PlaceOf(root, subKey, view);
     const bool exists = held->keys.contains(place);
     if (Refuses(root, ERegistryDenial::Opening) ||
         (!exists && Refuses(root, ERegistryDenial::Creating)))
         return {};
-    CreateAt(place);
+    held->keys.try_emplace(place);
     existed = exists;
-    return CRegistryKey(std::make_unique<Native>(Native{place, ERegistryAccess::All}));
+    return CRegistryKey(std::make_unique<Native>(Native{root, place, ERegistryAccess::All}));
 }
 
 bool CRegistryKey::QueryType(const std::wstring& name, std::uint32_t& type) const
 {
     const auto held = registry.Hold();
     const RegistryValue* value = native ? FindAt(native->place, name) : nullptr;
-    if (value == nullptr)
-        return false;
-    type = value->type;
-    return true;
+    if (value != nullptr)
+        type = value->type;
+    return value != nullptr;
 }
 
 ERegistryQuery CRegistryKey::Query(const std::wstring& name, std::vector<std::uint8_t>& buffer,
@@ -170,14 +142,11 @@ bool CRegistryKey::Set(const std::wstring& name, std::uint32_t type,
                        const std::vector<std::uint8_t>& bytes)
 {
     const auto held = registry.Hold();
-    if (!native || native->access != ERegistryAccess::All ||
-        Refuses(native->place.first, ERegistryDenial::Setting))
-        return false;
-    const auto key = held->keys.find(native->place);
-    if (key == held->keys.end())
-        return false;
-    key->second[UpperCase(name)] = {type, bytes};
-    return true;
+    const bool sets = native && native->access == ERegistryAccess::All &&
+                      !Refuses(native->root, ERegistryDenial::Setting);
+    if (sets)
+        held->keys[native->place][name] = {type, bytes};
+    return sets;
 }
 
 } // namespace platform

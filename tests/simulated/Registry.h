@@ -1,14 +1,13 @@
 #pragma once
 
 #include "platform/Registry.h"
-#include "tests/simulated/State.h"
+#include "tests/simulated/Simulated.h"
 #include "text/Units.h"
 
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 // The model's registry: the two roots that the module uses, with their two views. Key and value
@@ -19,6 +18,9 @@
 // too, are one for both. The two roots share nothing: that the real classes root also shows what
 // stands in the current user's "SOFTWARE\Classes" is not modelled.
 namespace simulated {
+
+using platform::ERegistryRoot;
+using platform::ERegistryView;
 
 struct RegistryValue
 {
@@ -32,31 +34,27 @@ inline std::vector<std::uint8_t> TerminatedText(const std::wstring& text)
     return text::EncodeUnits(text + L'\0');
 }
 
-void PutRegistryValue(platform::ERegistryRoot root, const std::wstring& subKey,
-                      platform::ERegistryView view, const std::wstring& name,
-                      const RegistryValue& value);
+void PutRegistryValue(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
+                      const std::wstring& name, const RegistryValue& value);
 
 // The same for a terminated text of type registrySz.
-void PutRegistryText(platform::ERegistryRoot root, const std::wstring& subKey,
-                     platform::ERegistryView view, const std::wstring& name,
-                     const std::wstring& text);
+inline void PutRegistryText(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
+                            const std::wstring& name, const std::wstring& text)
+{
+    PutRegistryValue(root, subKey, view, name, {platform::registrySz, TerminatedText(text)});
+}
 
 // Nothing where there is no such value.
-std::optional<RegistryValue> FindRegistryValue(platform::ERegistryRoot root,
-                                               const std::wstring& subKey,
-                                               platform::ERegistryView view,
-                                               const std::wstring& name);
+std::optional<RegistryValue> FindRegistryValue(ERegistryRoot root, const std::wstring& subKey,
+                                               ERegistryView view, const std::wstring& name);
 
 // The text of a value without its terminating zero; nothing unless it is a registrySz that ends
 // in one.
-std::optional<std::wstring> FindRegistryText(platform::ERegistryRoot root,
-                                             const std::wstring& subKey,
-                                             platform::ERegistryView view,
-                                             const std::wstring& name);
+std::optional<std::wstring> FindRegistryText(ERegistryRoot root, const std::wstring& subKey,
+                                             ERegistryView view, const std::wstring& name);
 
 // Removes a key with all keys below it.
-void RemoveRegistryKey(platform::ERegistryRoot root, const std::wstring& subKey,
-                       platform::ERegistryView view);
+void RemoveRegistryKey(ERegistryRoot root, const std::wstring& subKey, ERegistryView view);
 
 // What a root refuses, in all its keys and both views. Reading always works.
 enum class ERegistryDenial
@@ -69,16 +67,13 @@ enum class ERegistryDenial
 
 struct Registry
 {
-    // The values of a key by upper-case name; keys by their place in the store, in upper case.
-    using Values = std::map<std::wstring, RegistryValue>;
-    using KeyPath = std::pair<platform::ERegistryRoot, std::wstring>;
-
-    std::map<KeyPath, Values> keys;
-    std::map<platform::ERegistryRoot, ERegistryDenial> denials;
+    using Values = std::map<std::wstring, RegistryValue, IgnoringCase>; // by name
+    std::map<std::wstring, Values, IgnoringCase> keys;                  // by place in the store
+    std::map<ERegistryRoot, ERegistryDenial> denials;
 };
 extern CState<Registry> registry;
 
-inline void SetRegistryDenial(platform::ERegistryRoot root, ERegistryDenial denial)
+inline void SetRegistryDenial(ERegistryRoot root, ERegistryDenial denial)
 {
     registry->denials[root] = denial;
 }

@@ -1,8 +1,13 @@
 #include "tests/simulated/SystemFacts.h"
 
+#include "platform/LastError.h"
+#include "platform/SystemPaths.h"
+#include "platform/WinApp.h"
+
 namespace simulated {
 
 CState<SystemFacts> facts;
+CState<SystemPaths> paths;
 
 } // namespace simulated
 
@@ -28,45 +33,54 @@ bool QueryNativeArchitecture(std::uint16_t& architecture)
 }
 
 std::uint16_t GetUserDefaultLanguageId() { return facts->languageId; }
-
 std::uint32_t GetAnsiCodePage() { return ansiCodePage; }
-
 ScreenSize GetScreenSize() { return facts->screen; }
 
 bool QueryComputerName(std::size_t limit, std::wstring& name)
 {
     const auto known = facts->computerName;
-    if (!known || known->size() >= limit)
-        return false;
-    name = *known;
-    return true;
+    const bool fits = known && known->size() < limit;
+    if (fits)
+        name = *known;
+    return fits;
 }
 
 ProcessorVendor QueryProcessorVendor() { return {0x6C65746E, 0x49656E69}; } // "ntel", "ineI"
-
 std::vector<NetworkAdapter> ListNetworkAdapters() { return facts->adapters; }
 
+// Takes for letters what has two cases.
 bool IsAlphanumeric(wchar_t unit)
 {
-    const auto isWithin = [unit](wchar_t first, wchar_t last) {
-        return first <= unit && unit <= last;
-    };
-    return isWithin(L'0', L'9') || isWithin(L'A', L'Z') || isWithin(L'a', L'z') || unit == 0xB2 ||
-           unit == 0xB3 || unit == 0xB9 || // superscript digits
-           (isWithin(0xC0, 0xFF) && unit != 0xD7 && unit != 0xF7) ||
-           (isWithin(0x391, 0x3C9) && unit != 0x3A2) || isWithin(0x400, 0x45F);
+    wchar_t cases[] = {unit, unit};
+    text::MakeUpper({&cases[0], 1});
+    text::MakeLower({&cases[1], 1});
+    return cases[0] != cases[1] || (unit >= L'0' && unit <= L'9');
 }
 
 void SeedRandom(std::uint32_t seed) { facts->seeds.push_back(seed); }
+std::int32_t DrawRandom() { return facts->draw; }
 
-std::int32_t DrawRandom()
+std::wstring GetHostExecutablePath(std::size_t limit)
 {
-    const auto held = facts.Hold();
-    if (held->draws.empty())
-        return 41;
-    const std::int32_t draw = held->draws.front();
-    held->draws.pop_front();
-    return draw;
+    return limit == 0 ? std::wstring() : paths->executable.substr(0, limit - 1);
 }
+
+std::wstring GetSpecialFolder(int folderId) { return paths->specialFolders[folderId]; }
+
+// --- the process -------------------------------------------------------------------------------
+
+namespace {
+
+CWinApp* application = nullptr;
+thread_local std::uint32_t lastError = 0;
+
+} // namespace
+
+CWinApp::CWinApp() noexcept { application = this; }
+CWinApp::~CWinApp() { application = nullptr; }
+CWinApp* CWinApp::GetApp() noexcept { return application; }
+
+std::uint32_t GetLastSystemError() noexcept { return lastError; }
+void SetLastSystemError(std::uint32_t error) noexcept { lastError = error; }
 
 } // namespace platform

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/SystemFacts.h"
-#include "tests/simulated/State.h"
+#include "tests/simulated/Simulated.h"
 
 #include <cstdint>
-#include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,9 +24,17 @@ struct SystemFacts
     platform::ScreenSize screen = {1024, 768};
     std::optional<std::wstring> computerName = L"COMPUTER";
     std::vector<platform::NetworkAdapter> adapters; // none at first
-    std::deque<std::int32_t> draws;   // the next of any thread; 41 when they are used up
-    std::vector<std::uint32_t> seeds; // given so far
+    std::int32_t draw = 41;                         // each random number
+    std::vector<std::uint32_t> seeds;               // given so far
 };
 extern CState<SystemFacts> facts;
+
+// An empty path makes the query fail.
+struct SystemPaths
+{
+    std::wstring executable = L"C:\\Host\\Host.exe";                         // of the host process
+    std::map<int, std::wstring> specialFolders = {{35, L"C:\\ProgramData"}}; // by CSIDL number
+};
+extern CState<SystemPaths> paths;
 
 } // namespace simulated

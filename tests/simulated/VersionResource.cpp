@@ -1,7 +1,7 @@
 #include "tests/simulated/VersionResource.h"
 
 #include "platform/VersionResource.h"
-#include "tests/simulated/UpperCase.h"
+#include "text/Units.h"
 
 #include <tuple>
 
@@ -11,22 +11,13 @@ CState<VersionResources> versionResources;
 
 namespace {
 
-// A resource's block holds nothing but the index of its contents, which stay as they were read.
+// A resource's block holds nothing but the path of its file.
 VersionInfo ContentsOf(const std::vector<std::uint8_t>& block)
 {
-    return block.empty() ? VersionInfo{} : versionResources->contents.at(block[0]);
+    return versionResources->files[text::DecodeUnits(block)];
 }
 
 } // namespace
-
-void SetVersionInfo(const std::wstring& path, const VersionInfo& info)
-{
-    const auto held = versionResources.Hold();
-    held->indexOfFile[UpperCase(path)] = static_cast<std::uint8_t>(held->contents.size());
-    VersionInfo& filed = held->contents.emplace_back(VersionInfo{info.translations, {}});
-    for (const auto& [name, text] : info.texts)
-        filed.texts[UpperCase(name)] = text;
-}
 
 } // namespace simulated
 
@@ -38,9 +29,8 @@ CVersionResource::CVersionResource(const std::wstring& filePath)
 {
     const auto held = versionResources.Hold();
     ++held->reads;
-    const auto found = held->indexOfFile.find(UpperCase(filePath));
-    if (found != held->indexOfFile.end())
-        block = {found->second};
+    if (held->files.contains(filePath))
+        block = text::EncodeUnits(filePath);
 }
 
 bool CVersionResource::QueryFirstTranslation(std::uint16_t& language, std::uint16_t& codePage) const
@@ -53,7 +43,7 @@ bool CVersionResource::QueryFirstTranslation(std::uint16_t& language, std::uint1
 
 std::wstring CVersionResource::QueryText(const std::wstring& path) const
 {
-    return ContentsOf(block).texts[UpperCase(path)];
+    return ContentsOf(block).texts[path];
 }
 
 } // namespace platform

@@ -2,8 +2,12 @@
 
 #include "platform/Clock.h"
 #include "platform/ModuleState.h"
+#include "platform/StopSignal.h"
+#include "platform/Thread.h"
+#include "tests/simulated/Simulated.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
@@ -17,194 +21,238 @@ namespace simulated {
 namespace {
 
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+constexpr std::chrono::milliseconds unlimited(-1);
 
 struct Waiter
 {
-    const std::function<bool()>* ready;
+    const std::function<bool()>& ready;
     std::int64_t due;
     bool released = false;
 };
 
 struct Time
 {
-    std::mutex mutex;
+    Time() { resets.emplace_back(&ResetTime); }
+
+    std::mutex mutex; // of whatever a wait may wait for
     std::condition_variable changed;
     std::list<Waiter*> waiters; // workers that wait
     int running = 0;            // workers that do not
-    bool ended = false;         // the process has ended: nobody is released any more
-    std::int64_t now = 0;
-    std::int64_t unixStart = 1'700'000'000;
-    std::uint32_t tickStart = 1'000'000;
+    std::atomic<EThreads> threads{EThreads::Run};
+    std::atomic<std::int64_t> now{0};
+    std::atomic<std::int64_t> unixStart{1'700'000'000};
+    std::atomic<std::uint32_t> tickStart{1'000'000};
 };
-
-Time& GetTime()
-{
-    static Time* const time = new Time; // outlives every thread
-    return *time;
-}
+Time& timeline = *new Time; // outlives every thread
 
 thread_local bool isWorker = false;
 
 // Lets the waiters go whose condition holds or whose time has come.
-void ReleaseWaiters(Time& time)
+void ReleaseWaiters()
 {
-    if (time.ended)
-        return;
-    time.waiters.remove_if([&](Waiter* waiter) {
-        if (waiter->due > time.now && !(*waiter->ready)())
-            return false;
-        waiter->released = true;
-        ++time.running;
-        return true;
+    timeline.waiters.remove_if([](Waiter* waiter) {
+        waiter->released = waiter->due <= timeline.now || waiter->ready();
+        if (waiter->released)
+            ++timeline.running;
+        return waiter->released;
     });
-    time.changed.notify_all();
+    timeline.changed.notify_all();
 }
 
-std::int64_t FindNextDue(const Time& time)
+// Changes something that a wait may be waiting for, and wakes what it waits for.
+template <class Change>
+void ChangeAndWake(const Change& change)
+{
+    const std::lock_guard lock(timeline.mutex);
+    change();
+    ReleaseWaiters();
+}
+
+std::int64_t FindNextDue()
 {
     std::int64_t next = never;
-    for (const Waiter* waiter : time.waiters)
+    for (const Waiter* waiter : timeline.waiters)
         next = std::min(next, waiter->due);
     return next;
 }
 
 // A test's wait: time passes until `ready` holds or `due` has come.
-bool DriveUntil(Time& time, std::unique_lock<std::mutex>& lock, const std::function<bool()>& ready,
+bool DriveUntil(std::unique_lock<std::mutex>& lock, const std::function<bool()>& ready,
                 std::int64_t due)
 {
-    for (;;)
+    const auto settle = [&] {
+        timeline.changed.wait(lock, [&] { return timeline.running == 0 || ready(); });
+        return ready();
+    };
+    for (bool isOver = false; !settle() && !isOver; isOver = timeline.now >= due)
     {
-        time.changed.wait(lock, [&] { return time.running == 0 || ready(); });
-        if (ready())
-            return true;
-        const std::int64_t next = std::min(due, time.ended ? never : FindNextDue(time));
+        const std::int64_t next = std::min(due, FindNextDue());
         if (next == never)
         {
             std::fputs("simulated Windows: everybody waits for ever\n", stderr);
             std::abort();
         }
-        time.now = std::max(time.now, next);
-        ReleaseWaiters(time);
-        if (time.now >= due)
-        {
-            time.changed.wait(lock, [&] { return time.running == 0 || ready(); });
-            return ready();
-        }
+        timeline.now = std::max(timeline.now.load(), next);
+        ReleaseWaiters();
     }
+    return ready();
 }
 
 } // namespace
 
 bool WaitInVirtualTime(const std::function<bool()>& ready, std::chrono::milliseconds limit)
 {
-    Time& time = GetTime();
-    std::unique_lock lock(time.mutex);
+    std::unique_lock lock(timeline.mutex);
     if (ready())
         return true;
-    const std::int64_t due = limit.count() < 0 ? never : time.now + limit.count();
+    const std::int64_t due = limit == unlimited ? never : timeline.now + limit.count();
     if (!isWorker)
-        return DriveUntil(time, lock, ready, due);
-    Waiter waiter{&ready, due};
-    time.waiters.push_back(&waiter);
-    --time.running;
-    time.changed.notify_all();
-    time.changed.wait(lock, [&] { return waiter.released; });
+        return DriveUntil(lock, ready, due);
+    Waiter waiter{ready, due};
+    timeline.waiters.push_back(&waiter);
+    --timeline.running;
+    timeline.changed.notify_all();
+    timeline.changed.wait(lock, [&] { return waiter.released; });
     return ready();
-}
-
-void ChangeAndWake(const std::function<void()>& change)
-{
-    Time& time = GetTime();
-    const std::lock_guard lock(time.mutex);
-    change();
-    ReleaseWaiters(time);
-}
-
-void BeginWorker()
-{
-    ChangeAndWake([] { ++GetTime().running; });
-}
-
-void EnterWorker() { isWorker = true; }
-
-void LeaveWorker(const std::function<void()>& lastAct)
-{
-    ChangeAndWake([&] {
-        lastAct();
-        --GetTime().running;
-    });
 }
 
 void ResetTime()
 {
-    ChangeAndWake([] {
-        Time& time = GetTime();
-        time.now = 0;
-        time.unixStart = 1'700'000'000;
-        time.tickStart = 1'000'000;
-        if (time.ended) // the frozen workers stay frozen, and out of the count
-        {
-            time.waiters.clear();
-            time.ended = false;
-        }
-    });
+    timeline.now = 0;
+    SetUnixTime(1'700'000'000);
+    SetTickMilliseconds(1'000'000);
+    SetThreads(EThreads::Run);
     platform::SetModuleState(platform::EModuleState::Running);
 }
 
-void SetUnixTime(std::int64_t seconds)
-{
-    ChangeAndWake([&] { GetTime().unixStart = seconds - GetTime().now / 1000; });
-}
-
+void SetUnixTime(std::int64_t seconds) { timeline.unixStart = seconds - timeline.now / 1000; }
 void SetTickMilliseconds(std::uint32_t ticks)
 {
-    ChangeAndWake([&] { GetTime().tickStart = ticks - static_cast<std::uint32_t>(GetTime().now); });
+    timeline.tickStart = ticks - static_cast<std::uint32_t>(timeline.now);
 }
 
-std::int64_t GetElapsedMilliseconds()
-{
-    Time& time = GetTime();
-    const std::lock_guard lock(time.mutex);
-    return time.now;
-}
+std::int64_t GetElapsedMilliseconds() { return timeline.now; }
 
 void AdvanceTime(std::chrono::milliseconds duration)
 {
     WaitInVirtualTime([] { return false; }, std::max(duration, std::chrono::milliseconds(0)));
 }
 
-void SettleWorkers() { AdvanceTime(std::chrono::milliseconds(0)); }
-
 void EndProcess()
 {
     SettleWorkers();
-    ChangeAndWake([] { GetTime().ended = true; });
+    ChangeAndWake([] { timeline.waiters.clear(); }); // out of the count, and never released
     platform::SetModuleState(platform::EModuleState::ProcessEnding);
+}
+
+void SetThreads(EThreads fate)
+{
+    ChangeAndWake([fate] { timeline.threads = fate; });
 }
 
 } // namespace simulated
 
 namespace platform {
 
-std::int64_t GetUnixTime()
-{
-    simulated::Time& time = simulated::GetTime();
-    const std::lock_guard lock(time.mutex);
-    return time.unixStart + time.now / 1000;
-}
+using namespace simulated;
+
+std::int64_t GetUnixTime() { return timeline.unixStart + timeline.now / 1000; }
 
 std::uint32_t GetTickMilliseconds()
 {
-    simulated::Time& time = simulated::GetTime();
-    const std::lock_guard lock(time.mutex);
-    return time.tickStart + static_cast<std::uint32_t>(time.now);
+    return timeline.tickStart + static_cast<std::uint32_t>(timeline.now);
 }
 
 void Sleep(std::chrono::milliseconds duration)
 {
     if (duration.count() <= 0)
         return std::this_thread::yield();
-    simulated::WaitInVirtualTime([] { return false; }, duration);
+    WaitInVirtualTime([] { return false; }, duration);
 }
+
+// --- stop signals ------------------------------------------------------------------------------
+
+namespace {
+
+std::atomic<bool>& GetFlag(void* event) noexcept { return *static_cast<std::atomic<bool>*>(event); }
+
+} // namespace
+
+CStopSignal::CStopSignal() : event(new std::atomic<bool>(false)) {}
+CStopSignal::~CStopSignal() { delete &GetFlag(event); }
+
+void CStopSignal::Request() noexcept
+{
+    ChangeAndWake([this] { GetFlag(event) = true; });
+}
+
+void CStopSignal::Clear() noexcept { GetFlag(event) = false; }
+bool CStopSignal::IsRequested() const noexcept { return GetFlag(event); }
+
+bool CStopSignal::Wait(std::chrono::milliseconds duration) const noexcept
+{
+    return WaitInVirtualTime([this] { return IsRequested(); }, duration);
+}
+
+// --- threads -----------------------------------------------------------------------------------
+
+struct CThread::State
+{
+    std::atomic<bool> resumed{false};
+    std::atomic<bool> finished{false};
+    std::thread thread;
+};
+
+CThread::CThread() noexcept = default;
+CThread::~CThread() { Close(); }
+
+bool CThread::CreateSuspended(Routine routine, void* parameter) noexcept
+{
+    if (state || timeline.threads == EThreads::Refused)
+        return false;
+    state = std::make_shared<State>();
+    ChangeAndWake([] { ++timeline.running; });
+    state->thread = std::thread([own = state, routine, parameter] {
+        isWorker = true;
+        const auto begins = [&own] { return own->resumed && timeline.threads != EThreads::Held; };
+        WaitInVirtualTime(begins, unlimited);
+        routine(parameter);
+        ChangeAndWake([&own] {
+            own->finished = true;
+            --timeline.running;
+        });
+    });
+    return true;
+}
+
+void CThread::Resume() noexcept
+{
+    ChangeAndWake([this] { state->resumed = true; });
+}
+
+bool CThread::IsActive() const noexcept { return state && !state->finished; }
+
+bool CThread::Join() noexcept
+{
+    if (!state || GetModuleState() == EModuleState::ProcessEnding)
+        return true;
+    WaitInVirtualTime([this] { return state->finished.load(); }, unlimited);
+    if (state->thread.joinable())
+        state->thread.join();
+    return true;
+}
+
+void CThread::Close() noexcept
+{
+    if (IsActive())
+        state->thread.detach(); // frozen with its process
+    else if (state && state->thread.joinable())
+        state->thread.join();
+    state.reset();
+}
+
+bool IsProcessShuttingDown() noexcept { return false; }
+void NameCurrentThread(const wchar_t*) noexcept {}
+void YieldThread() noexcept { std::this_thread::yield(); }
 
 } // namespace platform

@@ -1,7 +1,7 @@
 #include "net/CZoHTTPComunicator.h"
 #include "platform/LastError.h"
-#include "tests/simulated/DebugOutput.h"
 #include "tests/simulated/Internet.h"
+#include "tests/simulated/Output.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/VirtualTime.h"
 

@@ -4,7 +4,7 @@
 #include "tests/simulated/Files.h"
 #include "tests/simulated/ProfileFile.h"
 #include "tests/simulated/Simulated.h"
-#include "tests/simulated/SystemPaths.h"
+#include "tests/simulated/SystemFacts.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,6 @@
 #include "platform/SystemException.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
-#include "tests/simulated/Thread.h"
 #include "tests/simulated/VirtualTime.h"
 
 #include <gtest/gtest.h>
@@ -114,7 +113,7 @@ TEST_F(FrameTest, StatsAreSentInTheEighthTenthOfTheDraws)
     simulated::SetUnixTime(1'234'567'890);
     for (const int draw : {0, 22936, 22937, 26213, 26214, 32767})
     {
-        simulated::facts->draws = {draw};
+        simulated::facts->draw = {draw};
         EXPECT_EQ(DrawDropsStatsEvents(), draw != 22937 && draw != 26213) << draw;
         EXPECT_EQ(std::exchange(simulated::facts->seeds, {}),
                   std::vector<std::uint32_t>{1'234'567'890});

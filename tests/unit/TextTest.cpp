@@ -1,6 +1,6 @@
 #include "env/Text.h"
 #include "platform/TraceMessage.h"
-#include "tests/simulated/DebugOutput.h"
+#include "tests/simulated/Output.h"
 #include "tests/simulated/Simulated.h"
 #include "text/Decimal.h"
 

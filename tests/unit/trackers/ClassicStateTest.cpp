@@ -106,7 +106,7 @@ TEST_F(SessionTest, TheContentFolderCanBeConfigured)
     simulated::PutFolder(L"C:\\Own");
     store.SetSessionValue(L"FV", L"1");
     EXPECT_TRUE(simulated::ReadFileBytes(L"C:\\Own\\dirtallyhivesession.dat").has_value());
-    EXPECT_FALSE(simulated::FolderExists(L"C:\\ProgramData\\veltrano"));
+    EXPECT_FALSE(simulated::disk->items.contains(L"C:\\ProgramData\\veltrano"));
 }
 
 TEST_F(SessionTest, SessionsOverFourRuns)

@@ -1,9 +1,8 @@
-#include "tests/simulated/DebugOutput.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/NotificationIcon.h"
+#include "tests/simulated/Output.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
-#include "tests/simulated/Thread.h"
+#include "tests/simulated/VirtualTime.h"
 #include "tests/unit/trackers/TrackerFixture.h"
 #include "trackers/classic/CZoTracker.h"
 #include "trackers/classic/ClassicRequest.h"
@@ -168,7 +167,7 @@ TEST_F(ClassicTest, ConfigurationOfConstruction)
     SendPageview();
     EXPECT_EQ(GetValues(L"utmac"), Texts{L"b"});
     EXPECT_EQ(GetValues(L"utmhn"), Texts{L"Given"});
-    EXPECT_TRUE(simulated::FolderExists(L"C:\\ProgramData\\acme\\Tidy Desk"));
+    EXPECT_TRUE(simulated::disk->items.contains(L"C:\\ProgramData\\acme\\Tidy Desk"));
 }
 
 TEST_F(ClassicTest, InitializeReadsBesideTheHostsPath)
@@ -229,7 +228,7 @@ TEST_F(ClassicTest, AnEventForOnceOnlyIsCountedButSentOnlyTheFirstTime)
 
 TEST_F(ClassicTest, ADroppedStatsEventLeavesNoTrace)
 {
-    simulated::facts->draws = {0};
+    simulated::facts->draw = {0};
     StartTracker();
     SendPageview();
     simulated::AdvanceTime(100s);
@@ -258,8 +257,7 @@ TEST_F(ClassicTest, AFolderThatVanishedIsMadeAgainForTheHistory)
     SendPageview();
     simulated::RemoveItem(L"C:\\ProgramData\\veltrano");
     tracker.reset();
-    EXPECT_EQ(simulated::ListFiles(L"C:\\ProgramData\\veltrano\\Tidy Desk"),
-              Texts{L"tallyhive.xml"});
+    EXPECT_TRUE(simulated::ReadFileBytes(L"C:\\ProgramData\\veltrano\\Tidy Desk\\tallyhive.xml"));
 }
 
 TEST_F(ClassicTest, OnlyARefusedFirstHitTakesTheSessionBack)

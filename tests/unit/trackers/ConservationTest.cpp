@@ -103,7 +103,7 @@ private:
         if (startsOff)
             offPeriods.push_back({0, never});
         samples = kind != EKind::Kpi && Draw(2) == 0;
-        simulated::facts->draws = {samples ? 0 : 24'000};
+        simulated::facts->draw = {samples ? 0 : 24'000};
         reported.clear();
         script.clear();
         switches = 0;

@@ -179,7 +179,7 @@ TEST_P(TrackersTest, SendStatsEventsInOneRunOfTen)
     PutConfig("");
     for (const auto& c : cases)
     {
-        simulated::facts->draws = {c.draw};
+        simulated::facts->draw = {c.draw};
         StartTracker();
         tracker->TrackPageview();
         for (const wchar_t* category : {L"stAts", L"statsx"})

@@ -1,14 +1,21 @@
 #pragma once
 
 #include "platform/NotificationIcon.h"
-#include "tests/simulated/State.h"
+#include "tests/simulated/Simulated.h"
 
 #include <map>
-#include <string>
 #include <utility>
-#include <vector>
 
+// What a tester sees.
 namespace simulated {
+
+extern CState<std::vector<std::wstring>> debugOutput;
+
+// The lines of debugger output since the last take, in order.
+inline std::vector<std::wstring> TakeDebugOutput()
+{
+    return std::exchange(*debugOutput.Hold(), {});
+}
 
 struct NotificationArea
 {

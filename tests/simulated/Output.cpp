@@ -1,14 +1,19 @@
-#include "tests/simulated/NotificationIcon.h"
+#include "tests/simulated/Output.h"
+
+#include "platform/DebugOutput.h"
 
 namespace simulated {
 
+CState<std::vector<std::wstring>> debugOutput;
 CState<NotificationArea> area;
 
 } // namespace simulated
 
 namespace platform {
 
-using simulated::area;
+using namespace simulated;
+
+void WriteDebugOutput(const std::wstring& line) noexcept { debugOutput->push_back(line); }
 
 struct CNotificationIcon::Native
 {
