@@ -99,6 +99,7 @@ const char* const usage =
     "is\n"
     "                                   told to leave\n"
     "  exit                             end the process at once, giving nothing back\n"
+    "  kill MILLISECONDS                go on, and let the process be ended so much later\n"
     "  demo                             a small working day\n";
 
 } // namespace host

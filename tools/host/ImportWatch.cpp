@@ -1,5 +1,7 @@
 #include "tools/host/ImportWatch.h"
 
+#include "tools/host/Process.h"
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -169,10 +171,12 @@ HANDLE WINAPI CreateWatchedThread(SECURITY_ATTRIBUTES* security, SIZE_T stack,
     return thread;
 }
 
+// A worker parks itself, to be ended, when the loader's lock was not to be had; whoever had it may
+// have let it go since.
 BOOL WINAPI TerminateWatchedThread(HANDLE thread, DWORD exitCode)
 {
     static std::atomic<bool> seen{false};
-    if (GetLoaderLockOwner() == 0)
+    if (GetLoaderLockOwner() == 0 && !HasHeldLoaderLock())
         Report(seen, "TerminateThread", "although nobody loads or unloads anything");
     return ::TerminateThread(thread, exitCode);
 }

@@ -3,6 +3,7 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
+#include <atomic>
 #include <latch>
 #include <memory>
 #include <span>
@@ -22,6 +23,8 @@ Function FindInNtdll(const char* name)
     return reinterpret_cast<Function>(
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), name)));
 }
+
+std::atomic<ULONGLONG> lastUnlock{0}; // on the clock of GetTickCount64
 
 std::size_t MeasureHeap(HANDLE heap)
 {
@@ -111,9 +114,24 @@ void RunUnderLoaderLock(const std::function<void()>& work, DWORD milliseconds)
         const auto unlock = FindInNtdll<UnlockLoader>("LdrUnlockLoaderLock");
         done.count_down();
         ::Sleep(milliseconds);
+        lastUnlock = ::GetTickCount64();
         unlock(0, cookie);
     }).detach();
     done.wait();
+}
+
+bool HasHeldLoaderLock() noexcept
+{
+    constexpr ULONGLONG within = 500; // milliseconds
+    return lastUnlock != 0 && ::GetTickCount64() - lastUnlock < within;
+}
+
+void EndProcessAfter(DWORD milliseconds)
+{
+    std::thread([milliseconds] {
+        ::Sleep(milliseconds);
+        ::TerminateProcess(::GetCurrentProcess(), 0);
+    }).detach();
 }
 
 void RunOnThreads(int count, const std::function<void()>& work)

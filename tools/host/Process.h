@@ -19,6 +19,12 @@ DWORD CountThreads();
 // the thread keeps the lock for `milliseconds` more.
 void RunUnderLoaderLock(const std::function<void()>& work, DWORD milliseconds);
 
+// Whether that lock of such a thread was held within the last half second.
+bool HasHeldLoaderLock() noexcept;
+
+// Ends the process after so long, as from outside, and goes on.
+void EndProcessAfter(DWORD milliseconds);
+
 // Runs `work` on `count` fresh threads at once and waits for them.
 void RunOnThreads(int count, const std::function<void()>& work);
 

@@ -177,6 +177,8 @@ bool CSession::Obey(const Command& command)
         return WaitUntilGone(argument);
     else if (verb == L"exit")
         ::ExitProcess(0);
+    else if (verb == L"kill")
+        EndProcessAfter(static_cast<DWORD>(ToNumber(argument)));
     else if (verb == L"demo")
     {
         for (const Command& step : GetDemoScenario())
