@@ -53,4 +53,7 @@ void NameCurrentThread(const wchar_t* name) noexcept;
 // Lets another thread run.
 void YieldThread() noexcept;
 
+// Waits some ten processor cycles, so many times.
+void PauseProcessor(unsigned times) noexcept;
+
 } // namespace platform

@@ -109,19 +109,14 @@ struct InternetState
         return closed;
     }
 
-    // Closes on a thread that begins in WinINet's code, for this module's may be gone by then.
-    // WinINet stays in the process for it.
-    void CloseApart() noexcept
+    // The handle, if there is one, for somebody else to close. WinINet stays in the process for it.
+    HINTERNET GiveUpHandle() noexcept
     {
         InternetState* session = this;
         while (session->parent)
             session = session->parent.get();
         session->library = nullptr;
-        const auto routine = reinterpret_cast<LPTHREAD_START_ROUTINE>(
-            reinterpret_cast<void*>(&::InternetCloseHandle));
-        const HINTERNET open = std::exchange(handle, nullptr);
-        if (open != nullptr && GetModuleState() != EModuleState::ProcessEnding)
-            CKernelHandle(::CreateThread(nullptr, 0, routine, open, 0, nullptr));
+        return std::exchange(handle, nullptr);
     }
 
     const CStopSignal& stop; // asked by the owner's thread only
@@ -159,16 +154,30 @@ void Perform(InternetState& state, milliseconds limit, std::function<DWORD()> ca
         throw CInternetException(*error);
 }
 
+// Closes on a thread that begins in WinINet's code, for this module's may be gone by then.
+void CloseApart(HINTERNET handle) noexcept
+{
+    const auto routine =
+        reinterpret_cast<LPTHREAD_START_ROUTINE>(reinterpret_cast<void*>(&::InternetCloseHandle));
+    if (handle != nullptr && GetModuleState() != EModuleState::ProcessEnding)
+        CKernelHandle(::CreateThread(nullptr, 0, routine, handle, 0, nullptr));
+}
+
 // Gives up a share where no call can be made any more, because the module is being unloaded, say.
+// Only the topmost of the handles that nobody needs is closed: those below it close with it, and
+// Wine's do not survive being closed by two threads at once.
 void DropApart(Shared& state) noexcept
 {
+    HINTERNET topmost = nullptr;
     while (state.use_count() == 1)
     {
-        state->CloseApart();
+        if (const HINTERNET open = state->GiveUpHandle())
+            topmost = open;
         Shared parent = std::move(state->parent);
         state = std::move(parent);
     }
     state.reset();
+    CloseApart(topmost);
 }
 
 // Gives up the owner's share. The last share closes its handle and those above it that nobody needs

@@ -225,4 +225,10 @@ void NameCurrentThread(const wchar_t* name) noexcept
 
 void YieldThread() noexcept { ::SwitchToThread(); }
 
+void PauseProcessor(unsigned times) noexcept
+{
+    for (unsigned i = 0; i < times; ++i)
+        YieldProcessor();
+}
+
 } // namespace platform

@@ -16,6 +16,8 @@
 #include <mutex>
 #include <thread>
 
+#include <immintrin.h>
+
 namespace simulated {
 
 namespace {
@@ -254,5 +256,11 @@ void CThread::Close() noexcept
 bool IsProcessShuttingDown() noexcept { return false; }
 void NameCurrentThread(const wchar_t*) noexcept {}
 void YieldThread() noexcept { std::this_thread::yield(); }
+
+void PauseProcessor(unsigned times) noexcept
+{
+    for (unsigned i = 0; i < times; ++i)
+        _mm_pause();
+}
 
 } // namespace platform
