@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <latch>
 #include <memory>
 #include <span>
 #include <thread>
@@ -16,6 +15,22 @@ namespace {
 
 using LockLoader = LONG(WINAPI*)(ULONG flags, ULONG* disposition, ULONG_PTR* cookie);
 using UnlockLoader = LONG(WINAPI*)(ULONG flags, ULONG_PTR cookie);
+
+// The runtime's latch loses a wake-up now and then where it has no futex.
+class CEvent
+{
+public:
+    CEvent() : handle(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
+    ~CEvent() { ::CloseHandle(handle); }
+    CEvent(const CEvent&) = delete;
+    CEvent& operator=(const CEvent&) = delete;
+
+    void Set() const { ::SetEvent(handle); }
+    void Wait() const { ::WaitForSingleObject(handle, INFINITE); }
+
+private:
+    HANDLE handle;
+};
 
 template <class Function>
 Function FindInNtdll(const char* name)
@@ -106,18 +121,18 @@ DWORD CountThreads()
 
 void RunUnderLoaderLock(const std::function<void()>& work, DWORD milliseconds)
 {
-    std::latch done{1};
+    const CEvent done;
     std::thread([&done, &work, milliseconds] {
         ULONG_PTR cookie = 0;
         FindInNtdll<LockLoader>("LdrLockLoaderLock")(0, nullptr, &cookie);
         work();
         const auto unlock = FindInNtdll<UnlockLoader>("LdrUnlockLoaderLock");
-        done.count_down();
+        done.Set();
         ::Sleep(milliseconds);
         lastUnlock = ::GetTickCount64();
         unlock(0, cookie);
     }).detach();
-    done.wait();
+    done.Wait();
 }
 
 bool HasHeldLoaderLock() noexcept
@@ -136,13 +151,14 @@ void EndProcessAfter(DWORD milliseconds)
 
 void RunOnThreads(int count, const std::function<void()>& work)
 {
-    std::latch start{count};
+    const CEvent start;
     std::vector<std::thread> threads;
     for (int i = 0; i < count; ++i)
         threads.emplace_back([&] {
-            start.arrive_and_wait();
+            start.Wait();
             work();
         });
+    start.Set();
     for (std::thread& thread : threads)
         thread.join();
 }
