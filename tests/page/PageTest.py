@@ -93,7 +93,8 @@ class LoopbackService(Service):
 def start_browser():
     options = webdriver.ChromeOptions()
     options.binary_location = '/usr/bin/chromium'
-    for argument in ('--headless=new', '--window-size=1400,900', '--disable-gpu', '--disable-dev-shm-usage'):
+    for argument in ('--headless=new', '--window-size=1400,900', '--disable-gpu', '--disable-dev-shm-usage',
+                     '--remote-debugging-pipe'):
         options.add_argument(argument)
     if os.geteuid() == 0:
         options.add_argument('--no-sandbox')
