@@ -11,11 +11,11 @@ namespace {
 using xml::SimpleXMLElement;
 
 constexpr std::size_t large = 2 << 20;
+constexpr std::size_t levels = 100'000;
 
 std::string Repeat(const std::string& piece, std::size_t count)
 {
     std::string text;
-    text.reserve(piece.size() * count);
     for (; count > 0; --count)
         text += piece;
     return text;
@@ -23,53 +23,12 @@ std::string Repeat(const std::string& piece, std::size_t count)
 
 std::string Fill(const std::string& piece) { return Repeat(piece, large / piece.size()); }
 
-std::string InRoot(const std::string& contents) { return "<r>" + contents + "</r>"; }
-
-std::size_t DepthOf(const SimpleXMLElement& root)
+std::string Nest(std::size_t depth, const std::string& name)
 {
-    std::size_t depth = 0;
-    for (const SimpleXMLElement* next = root.GetChild(0); next != nullptr; next = next->GetChild(0))
-        ++depth;
-    return depth;
+    return Repeat("<" + name + ">", depth) + Repeat("</" + name + ">", depth);
 }
 
-} // namespace
-
-TEST(HostileText, MayBeDeep)
-{
-    const std::size_t levels = 100'000;
-    std::string different;
-    for (std::size_t i = 0; i < levels; ++i)
-        different += "<e" + std::to_string(i) + ">";
-    for (std::size_t i = levels; i-- > 0;)
-        different += "</e" + std::to_string(i) + ">";
-    const struct
-    {
-        const char* what;
-        std::string contents;
-        std::size_t expected;
-    } cases[] = {
-        {"same name", Repeat("<a>", levels) + Repeat("</a>", levels), levels},
-        {"different names", different, levels},
-        {"names with a tag in them", Repeat("<<a>", levels) + Repeat("</<a>", levels), levels},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(DepthOf(SimpleXMLElement(InRoot(c.contents), false)), c.expected) << c.what;
-
-    const SimpleXMLElement root(InRoot(cases[0].contents), false);
-    EXPECT_FALSE(root.Save(L"C:\\deep.xml")); // its indents would fill ten gigabytes
-}
-
-TEST(HostileText, OfDepthIsWrittenWithoutRecursion)
-{
-    const std::size_t levels = 5'000;
-    const SimpleXMLElement root(InRoot(Repeat("<a>", levels) + Repeat("</a>", levels)), false);
-    const std::string text = root.ToString("");
-    EXPECT_EQ(text.size(), 25'045'047u); // levels * (levels + 9) + 47
-    EXPECT_EQ(SimpleXMLElement(text, false).ToString(""), text);
-}
-
-TEST(HostileText, MayBeLarge)
+TEST(HostileText, TakesLittleTimeAndStack)
 {
     // Each of these stretches ends in a thousand names, all of them known. Every second one closes
     // the one before it.
@@ -83,23 +42,42 @@ TEST(HostileText, MayBeLarge)
     const struct
     {
         const char* what;
-        std::string text;
-        std::size_t expectedChildren;
+        std::string contents;
+        std::size_t children, depth;
     } cases[] = {
-        {"less-than signs before one tag", InRoot(Fill("<") + "a></a>"), 0},
-        {"never closed, one name after another", InRoot(Fill("<a><b><ab><c>")), 0},
-        {"closed too late", InRoot(Fill("<a>") + "</a>"), 1},
-        {"many children", InRoot(Fill("<></>")), large / 5},
-        {"a name of tags", InRoot(Fill("<a") + "></" + Fill("<a").substr(1) + ">"), 1},
-        {"names within names", InRoot(known + Fill(longest + ">")), 500},
-        {"an attribute without end", "<r " + Fill("a=") + "></r>", 0},
-        {"sections without end", InRoot(Fill("<![CDATA[")), 0},
+        {"deep, same name", Nest(levels, "a"), 1, levels},
+        {"deep, names with a tag in them", Nest(levels, "<a"), 1, levels},
+        {"less-than signs before one tag", Fill("<") + "a></a>", 0, 0},
+        {"never closed, one name after another", Fill("<a><b><ab><c>"), 0, 0},
+        {"closed too late", Fill("<a>") + "</a>", 1, 1},
+        {"many children", Fill("<></>"), large / 5, 1},
+        {"a name of tags", Fill("<a") + "></" + Fill("<a").substr(1) + ">", 1, 1},
+        {"names within names", known + Fill(longest + ">"), 500, 1},
+        {"sections without end", Fill("<![CDATA["), 0, 0},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(SimpleXMLElement(c.text, false).GetChildCount(), c.expectedChildren) << c.what;
-
-    const std::size_t count = 1'000'000;
-    const SimpleXMLElement root("<r" + Repeat(" a=\"1\"", count) + ">x</r>", false);
-    EXPECT_EQ(root.GetAttributes().size(), count);
-    EXPECT_EQ(root.GetValue(), "x");
+    {
+        const SimpleXMLElement root("<r>" + c.contents + "</r>", false);
+        EXPECT_EQ(root.GetChildCount(), c.children) << c.what;
+        std::size_t depth = 0;
+        for (const SimpleXMLElement* next = &root; (next = next->GetChild(0)) != nullptr;)
+            ++depth;
+        EXPECT_EQ(depth, c.depth) << c.what;
+    }
+    EXPECT_EQ(SimpleXMLElement("<r " + Fill("a=") + "></r>", false).GetAttributes().size(), 0u);
+    const SimpleXMLElement wide("<r" + Fill(" a=\"1\"") + ">x</r>", false);
+    EXPECT_EQ(wide.GetAttributes().size(), large / 6);
+    EXPECT_EQ(wide.GetValue(), "x");
 }
+
+TEST(HostileText, IsWrittenWithoutRecursionUnlessItIsTooLong)
+{
+    const SimpleXMLElement root("<r>" + Nest(5'000, "a") + "</r>", false);
+    const std::string text = root.ToString("");
+    EXPECT_EQ(text.size(), 25'045'047u); // depth * (depth + 9) + 47
+    EXPECT_EQ(SimpleXMLElement(text, false).ToString(""), text);
+    const SimpleXMLElement deep("<r>" + Nest(levels, "a") + "</r>", false);
+    EXPECT_FALSE(deep.Save(L"C:\\deep.xml")); // its indents would fill ten gigabytes
+}
+
+} // namespace

@@ -1,5 +1,6 @@
 #include "tests/unit/xml/ReferenceParser.h"
 #include "xml/SimpleXMLElement.h"
+#include "xml/XmlParser.h"
 
 #include <gtest/gtest.h>
 
@@ -17,23 +18,19 @@ TEST(Parser, ReadsDocuments)
     {
         const char *what, *text, *expected;
     } cases[] = {
-        {"declaration", "<?xml version=\"1.0\"?>\n<r>x</r>\n", "<r>x</r>\n"},
-        {"text between children", "<r>x<a>1</a>y<b></b></r>", "<r>\n\t<a>1</a>\n\t<b></b>\n</r>\n"},
+        {"text between children", "<?xml version=\"1.0\"?>\n<r>x<a>1\r</a>y<b></b></r>",
+         "<r>\n\t<a>1\r</a>\n\t<b></b>\n</r>\n"},
         {"tabs and line feeds", "<r>\n\t<a>1\t\n2</a>\r\n</r>", "<r>\n\t<a>12</a>\n</r>\n"},
-        {"carriage returns", "<r>1\r\n2</r>", "<r>1\r2</r>\n"},
         {"entities", "<r>&lt;&#65;#_#lbr#_#</r>", "<r>&lt;&#65;#_#lbr#_#</r>\n"},
         {"empty name with value", "<>x</>", "<SimpleXMLElement>x</SimpleXMLElement>\n"},
         {"no element", "1\n< 13", "<SimpleXMLElement>1#_#lbr#_#< 13</SimpleXMLElement>\n"},
-
         {"attributes as written", "<r a = \"1\"  b = \"&lt;\" ></r>",
          "<r a = \"1\"  b = \"&lt;\" ></r>\n"},
-
         {"same name inside", "<r><a><a x=\"1\">2</a>3</a><b>4</b></r>",
          "<r>\n\t<a>\n\t\t<a x = \"1\" >2</a>\n\t</a>\n\t<b>4</b>\n</r>\n"},
-        {"never closed", "<r><a><b>1</b></r>", "<r>\n\t<b>1</b>\n</r>\n"},
-
         {"sections", "<r><![CDATA[a<b & \"c\" 'd'>]]>-<![CDATA[>]]></r>",
          "<r>a&lt;b &amp; &quot;c&quot; &apos;d&apos;&gt;-&gt;</r>\n"},
+        {"section without end", "<r><![CDATA[a]]><![CDATA[\tb</r>", "<r>a<![CDATA[b</r>\n"},
         {"section's mark with a tab in it", "<r><![CDA\tTA[x]]></r>", "<r><![CDATA[x]]></r>\n"},
         {"section made by another", "<r><![CDA<![CDATA[TA[]]>&]]></r>", "<r><![CDATA[&]]></r>\n"},
     };
@@ -45,20 +42,20 @@ TEST(Parser, ReadsDocuments)
 
 TEST(Parser, AgreesWithTheReference)
 {
-    const auto expectAgreement = [](const std::string& text, bool nested) {
-        ASSERT_EQ(SimpleXMLElement(text, nested).ToString(""),
-                  reference::Write(reference::Read(text, nested), ""))
+    const auto expectAgreement = [](std::string text) {
+        xml::PrepareDocument(text);
+        ASSERT_EQ(SimpleXMLElement(text, true).ToString(" "), reference::ReadAndWrite(text, " "))
             << text;
     };
     for (const char* surprise :
          {"<r><a ></a></r>", "<r><<a>x</<a><a>y</a></r>", "<r></a></<//a></r>", "<r>< ></></r>",
           "<a><a x><a></a></a></a>", "<r><a><a <a></a></a></a></r>", "<r><//a></a><///a></r>"})
-        expectAgreement(surprise, false);
+        expectAgreement(surprise);
 
     const std::vector<std::string> pieces = {
-        "<",    ">",     "</",    "a",         "b",     "ab", " ",   "=",           "\"",   "/",
-        "<a>",  "</a>",  "<b>",   "</b>",      "<a x>", "\t", "\n",  "<a b=\"1\">", "</r>", "<r>",
-        "<<a>", "</<a>", "<//a>", "<![CDATA[", "]]>",   "&",  "<a ", "</",          "<>",   "</>"};
+        "<",   ">",     "</",  "a",    "b",     "ab",          " ",    "=",   "\"",   "/",
+        "<a>", "</a>",  "<b>", "</b>", "<a x>", "<a b=\"1\">", "</r>", "<r>", "<<a>", "</<a>",
+        "<a ", "<//a>", "</",  "<>",   "</>",   "<![CDATA[",   "]]>",  "&"};
     std::mt19937 random(20120906);
     for (int round = 0; round < 60000 && !testing::Test::HasFatalFailure(); ++round)
     {
@@ -69,6 +66,6 @@ TEST(Parser, AgreesWithTheReference)
         std::string text;
         for (std::size_t length = random() % 30; length > 0; --length)
             text += chosen[random() % chosen.size()];
-        expectAgreement(round % 2 == 0 ? "<r>" + text + "</r>" : text, round % 7 == 0);
+        expectAgreement(round % 2 == 0 ? "<r>" + text + "</r>" : text);
     }
 }
