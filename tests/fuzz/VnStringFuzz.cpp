@@ -5,7 +5,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const std::string fault = vnosal_test::CStringModel({data, size}).Run();
+    const std::string fault = vnosal_test::CompareWithModel({data, size});
     if (!fault.empty())
     {
         std::fprintf(stderr, "%s\n", fault.c_str());

@@ -1,23 +1,17 @@
 #include "zotracker/vnosal/VnFile.h"
-#include "PrintText.h"
 #include "TestFolder.h"
 #include "zotracker/vnosal/VnFileFind.h"
-
-#include <gtest/gtest.h>
-
-#include <set>
-#include <string>
 
 namespace {
 
 using namespace VnOSAL;
-using vnosal_test::CTestFolder;
+using vnosal_test::Names;
+using Files = vnosal_test::CTestFolder;
 
-TEST(VnFile, ReadsWritesAndSeeks)
+TEST_F(Files, AreReadWrittenAndCut)
 {
-    const CTestFolder folder;
     VnFile file;
-    ASSERT_TRUE(file.Open(folder.At(L"f"), EAccess::ReadWrite, EOpen::New));
+    ASSERT_TRUE(file.Open(At(L"f"), EAccess::ReadWrite, EOpen::New));
     EXPECT_TRUE(file.Write("0123456789", 10));
     std::uint64_t number = 0;
     EXPECT_TRUE(file.Seek(-4, ESeek::End, &number));
@@ -26,65 +20,50 @@ TEST(VnFile, ReadsWritesAndSeeks)
     std::size_t done = 0;
     EXPECT_TRUE(file.Read(buffer, 8, done));
     EXPECT_EQ(std::string(buffer, done), "6789");
-    EXPECT_TRUE(file.Read(buffer, 8, done));
-    EXPECT_EQ(done, 0u);
     EXPECT_TRUE(file.Seek(2));
     EXPECT_TRUE(file.SetSize(5));
-    EXPECT_TRUE(file.Seek(0, ESeek::Current, &number));
-    EXPECT_EQ(number, 2u);
     EXPECT_TRUE(file.SetSize(7));
     EXPECT_TRUE(file.ReadSize(number));
     EXPECT_EQ(number, 7u);
-    EXPECT_TRUE(file.Flush());
+    EXPECT_TRUE(file.Seek(0, ESeek::Current, &number));
+    EXPECT_EQ(number, 2u);
     EXPECT_FALSE(file.Seek(-1));
-    VnFile moved(static_cast<VnFile&&>(file));
+    EXPECT_TRUE(file.Flush());
+    VnFile moved(std::move(file));
     EXPECT_FALSE(file.IsOpen());
     moved.Close();
-    EXPECT_EQ(folder.ReadFile(L"f"), std::string("01234\0\0", 7));
+    EXPECT_EQ(ReadFile(L"f"), std::string("01234\0\0", 7));
 }
 
-TEST(VnFile, OpensAsItIsTold)
+TEST_F(Files, AreOpenedAsTold)
 {
-    const CTestFolder folder;
-    folder.WriteFile(L"f", "old");
     VnFile file;
-    EXPECT_EQ(file.Open(folder.At(L"f"), EAccess::Write, EOpen::New).GetKind(), EError::Exists);
-    EXPECT_TRUE(file.Open(folder.At(L"f"), EAccess::Write, EOpen::OpenOrCreate));
+    const auto open = [&](const wchar_t* name, EAccess access, EOpen mode = EOpen::Existing) {
+        return file.Open(At(name), access, mode).GetKind();
+    };
+    WriteFile(L"f", "old");
+    EXPECT_EQ(open(L"f", EAccess::Write, EOpen::New), EError::Exists);
+    EXPECT_EQ(open(L"f", EAccess::Write, EOpen::OpenOrCreate), EError::None);
     EXPECT_TRUE(file.Write("n", 1));
-    file.Close();
-    EXPECT_EQ(folder.ReadFile(L"f"), "nld");
-    EXPECT_TRUE(file.Open(folder.At(L"f"), EAccess::Write, EOpen::Truncate));
-    file.Close();
-    EXPECT_EQ(folder.ReadFile(L"f"), "");
-    EXPECT_EQ(file.Open(folder.At(L"none"), EAccess::Read).GetKind(), EError::NotFound);
-    EXPECT_EQ(file.Open(folder.At(L""), EAccess::Read).GetKind(), EError::Denied); // a folder
+    EXPECT_EQ(ReadFile(L"f"), "nld");
+    EXPECT_EQ(open(L"f", EAccess::Write, EOpen::Truncate), EError::None);
+    EXPECT_EQ(ReadFile(L"f"), "");
+    EXPECT_EQ(open(L"none", EAccess::Read), EError::NotFound);
+    EXPECT_EQ(open(L"", EAccess::Read), EError::Denied); // a folder
     EXPECT_EQ(file.Write("x", 1).GetKind(), EError::BadPath);
 
-    VnFile second;
-    const struct
-    {
-        EAccess access;
-        ESharing sharing;
-        EAccess secondAccess;
-        EError expected;
-    } cases[] = {
-        {EAccess::Write, ESharing::None, EAccess::Read, EError::InUse},
-        {EAccess::Read, ESharing::Read, EAccess::Read, EError::None},
-        {EAccess::Read, ESharing::Read, EAccess::Write, EError::InUse},
+    const auto openTwice = [this](EAccess access, ESharing sharing, EAccess second) {
+        VnFile first;
+        EXPECT_TRUE(first.Open(At(L"f"), access, EOpen::Existing, sharing));
+        return VnFile().Open(At(L"f"), second).GetKind();
     };
-    for (const auto& c : cases)
-    {
-        EXPECT_TRUE(file.Open(folder.At(L"f"), c.access, EOpen::Existing, c.sharing));
-        EXPECT_EQ(second.Open(folder.At(L"f"), c.secondAccess).GetKind(), c.expected);
-        file.Close();
-        EXPECT_TRUE(second.Open(folder.At(L"f"), c.secondAccess));
-        second.Close();
-    }
+    EXPECT_EQ(openTwice(EAccess::Write, ESharing::None, EAccess::Read), EError::InUse);
+    EXPECT_EQ(openTwice(EAccess::Read, ESharing::Read, EAccess::Read), EError::None);
+    EXPECT_EQ(openTwice(EAccess::Read, ESharing::Read, EAccess::Write), EError::InUse);
 }
 
-TEST(VnFile, ReadsTextByItsByteOrderMark)
+TEST_F(Files, AreReadByTheirByteOrderMark)
 {
-    const CTestFolder folder;
     const struct
     {
         std::string_view bytes;
@@ -99,90 +78,78 @@ TEST(VnFile, ReadsTextByItsByteOrderMark)
     for (const auto& c : cases)
     {
         VnString text(L"before");
-        folder.WriteFile(L"t", c.bytes);
-        EXPECT_TRUE(VnFile::ReadText(folder.At(L"t"), text, c.bytes.size(), c.codePage));
-        EXPECT_EQ(text, c.text);
-        folder.WriteFile(L"t", std::string(c.bytes) + "x");
-        EXPECT_EQ(VnFile::ReadText(folder.At(L"t"), text, c.bytes.size()).GetKind(),
-                  EError::TooLarge);
+        WriteFile(L"t", c.bytes);
+        EXPECT_EQ(VnFile::ReadText(At(L"t"), text, c.bytes.size() - 1).GetKind(), EError::TooLarge);
+        EXPECT_EQ(text, L"before");
+        EXPECT_TRUE(VnFile::ReadText(At(L"t"), text, c.bytes.size(), c.codePage));
         EXPECT_EQ(text, c.text);
     }
 }
 
-TEST(VnFile, ReplacesContentsInOneStep)
+TEST_F(Files, AreReplacedInOneStep)
 {
-    const CTestFolder folder;
-    EXPECT_TRUE(VnFile::ReplaceText(folder.At(L"f"), L"\xE4\n"));
-    EXPECT_EQ(folder.ReadFile(L"f"), "\xC3\xA4\n");
-    EXPECT_TRUE(VnFile::ReplaceContents(folder.At(L"f"), std::string(100'000, 'b')));
-    EXPECT_EQ(folder.ReadFile(L"f"), std::string(100'000, 'b'));
-    EXPECT_EQ(VnFile::ReplaceText(folder.At(L"f"), L"x", 4711).GetKind(), EError::NotSupported);
+    EXPECT_TRUE(VnFile::ReplaceText(At(L"f"), L"\xE4\n"));
+    EXPECT_EQ(ReadFile(L"f"), "\xC3\xA4\n");
+    EXPECT_TRUE(VnFile::ReplaceContents(At(L"f"), std::string(100'000, 'b')));
+    EXPECT_EQ(ReadFile(L"f"), std::string(100'000, 'b'));
+    EXPECT_EQ(VnFile::ReplaceText(At(L"f"), L"x", 4711).GetKind(), EError::NotSupported);
 
-    folder.WriteFile(L"d/x");
-    const VnResult refused = VnFile::ReplaceContents(folder.At(L"d"), "x");
-    EXPECT_FALSE(refused);
-    EXPECT_EQ(refused.GetItem(), folder.At(L"d").GetText());
-    EXPECT_EQ(VnFile::ReplaceContents(folder.At(L"none/f"), "x").GetKind(), EError::NotFound);
-    EXPECT_EQ(folder.List(), "d/ d/x f"); // and no temporary file
+    WriteFile(L"d/x");
+    EXPECT_EQ(VnFile::ReplaceContents(At(L"d"), "x").GetItem(), At(L"d").GetText());
+    EXPECT_EQ(VnFile::ReplaceContents(At(L"none/f"), "x").GetKind(), EError::NotFound);
+    EXPECT_EQ(List(), (Names{"d/", "d/x", "f"})); // and no temporary file
 }
 
+using Searches = vnosal_test::CTestFolder;
+
 // The names that are found, each with its depth.
-using Names = std::set<std::string>;
-Names FindAll(VnFileFind& find)
+Names Find(const VnPath& folder, std::wstring_view pattern, VnFindOptions options = {})
 {
     Names found;
+    VnFileFind find(folder, pattern, options);
     while (find.Next())
         found.insert(std::string(VnAString(find.GetName(), codePageUtf8)) + "@" +
                      std::to_string(find.GetDepth()));
+    EXPECT_TRUE(find.GetResult()) << find.GetResult().GetText();
+    EXPECT_FALSE(find.Next());
     return found;
 }
 
-TEST(VnFileFind, FindsByPatternAndDepth)
+TEST_F(Searches, GoByPatternAndDepth)
 {
-    const CTestFolder folder;
     for (const wchar_t* name : {L"a.txt", L"B.TXT", L"c.log", L"d.txt/e.txt", L"d.txt/f/g.txt"})
-        folder.WriteFile(name);
-    VnFileFind flat(folder.At(L""), L"*.txt");
-    EXPECT_EQ(FindAll(flat), (Names{"a.txt@0", "B.TXT@0", "d.txt@0"}));
-    VnFileFind deep(folder.At(L""), L"?.txt", {.recursive = true});
-    EXPECT_EQ(FindAll(deep), (Names{"a.txt@0", "B.TXT@0", "d.txt@0", "e.txt@1", "g.txt@2"}));
-    EXPECT_TRUE(deep.GetResult());
-    EXPECT_FALSE(deep.Next());
+        WriteFile(name);
+    EXPECT_EQ(Find(At(L""), L"*.txt"), (Names{"a.txt@0", "B.TXT@0", "d.txt@0"}));
+    EXPECT_EQ(Find(At(L""), L"?.txt", {.recursive = true}),
+              (Names{"a.txt@0", "B.TXT@0", "d.txt@0", "e.txt@1", "g.txt@2"}));
 
-    VnFileFind skipping(folder.At(L""), L"*", {.recursive = true});
-    while (skipping.Next())
-    {
-        EXPECT_EQ(skipping.GetDepth(), 0u);
-        if (skipping.GetKind() != EItemKind::Folder)
-            continue;
-        VnItemFacts facts;
-        EXPECT_TRUE(skipping.ReadFacts(facts));
-        EXPECT_EQ(facts.kind, EItemKind::Folder);
-        EXPECT_TRUE(skipping.GetPath().IsSame(folder.At(L"d.txt")));
-        skipping.SkipFolder();
-    }
+    VnFileFind skipping(At(L""), L"d*", {.recursive = true});
+    ASSERT_TRUE(skipping.Next());
+    VnItemFacts facts;
+    EXPECT_TRUE(skipping.ReadFacts(facts));
+    EXPECT_EQ(facts.kind, EItemKind::Folder);
+    EXPECT_TRUE(skipping.GetPath().IsSame(At(L"d.txt")));
+    skipping.SkipFolder();
+    EXPECT_FALSE(skipping.Next());
 
-    VnFileFind missing(folder.At(L"none"));
+    VnFileFind missing(At(L"none"));
     EXPECT_FALSE(missing.Next());
     EXPECT_EQ(missing.GetResult().GetKind(), EError::NotFound);
-    EXPECT_EQ(missing.GetResult().GetItem(), folder.At(L"none").GetText());
+    EXPECT_EQ(missing.GetResult().GetItem(), At(L"none").GetText());
 }
 
-TEST(VnFileFind, FollowsLinksOnlyIfToldAndNeverInCircles)
+TEST_F(Searches, FollowLinksOnlyIfToldAndNeverInCircles)
 {
-    const CTestFolder folder;
-    folder.WriteFile(L"t/d/f");
-    folder.WriteFile(L"outside/o");
-    folder.MakeFolderLink(L"t/out", L"outside");
-    folder.MakeFolderLink(L"t/d/up", L"t");
-    VnFileFind plain(folder.At(L"t"), L"*", {.recursive = true});
-    EXPECT_EQ(FindAll(plain), (Names{"d@0", "f@1", "up@1", "out@0"}));
-    VnFileFind following(folder.At(L"t"), L"*", {.recursive = true, .followLinks = true});
-    EXPECT_EQ(FindAll(following), (Names{"d@0", "f@1", "up@1", "out@0", "o@1"}));
-    EXPECT_TRUE(following.GetResult()) << following.GetResult().GetText();
+    WriteFile(L"t/d/f");
+    WriteFile(L"outside/o");
+    MakeFolderLink(L"t/out", L"outside");
+    MakeFolderLink(L"t/d/up", L"t");
+    EXPECT_EQ(Find(At(L"t"), L"*", {.recursive = true}), (Names{"d@0", "f@1", "up@1", "out@0"}));
+    EXPECT_EQ(Find(At(L"t"), L"*", {.recursive = true, .followLinks = true}),
+              (Names{"d@0", "f@1", "up@1", "out@0", "o@1"}));
 }
 
-TEST(VnFileFind, MatchesPatterns)
+TEST_F(Searches, MatchNamesWithPatterns)
 {
     const struct
     {

@@ -1,2 +1,0 @@
-// A program that does nothing, for being signed.
-int main() { return 0; }
