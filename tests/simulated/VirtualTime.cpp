@@ -40,6 +40,7 @@ struct Time
     std::condition_variable changed;
     std::list<Waiter*> waiters; // workers that wait
     int running = 0;            // workers that do not
+    std::atomic<int> wakeUps{0};
     std::atomic<EThreads> threads{EThreads::Run};
     std::atomic<std::int64_t> now{0};
     std::atomic<std::int64_t> unixStart{1'700'000'000};
@@ -54,8 +55,8 @@ void ReleaseWaiters()
 {
     timeline.waiters.remove_if([](Waiter* waiter) {
         waiter->released = waiter->due <= timeline.now || waiter->ready();
-        if (waiter->released)
-            ++timeline.running;
+        timeline.running += waiter->released;
+        timeline.wakeUps += waiter->released;
         return waiter->released;
     });
     timeline.changed.notify_all();
@@ -134,6 +135,7 @@ void SetTickMilliseconds(std::uint32_t ticks)
 }
 
 std::int64_t GetElapsedMilliseconds() { return timeline.now; }
+int GetWakeUpCount() { return timeline.wakeUps; }
 
 void AdvanceTime(std::chrono::milliseconds duration)
 {

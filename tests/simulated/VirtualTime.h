@@ -22,6 +22,9 @@ void AdvanceTime(std::chrono::milliseconds duration);
 // Returns when every worker waits, without letting time pass.
 inline void SettleWorkers() { AdvanceTime(std::chrono::milliseconds(0)); }
 
+// How often a worker's wait has ended.
+int GetWakeUpCount();
+
 // Freezes every worker where it waits, for ever, as the end of a process does, and sets the
 // module's state accordingly.
 void EndProcess();

@@ -205,6 +205,21 @@ TEST_P(TrackersTest, KeepAnIdleSessionAlive)
     EXPECT_EQ(GetTimes().size(), 1 + 2 * kept);
 }
 
+TEST_P(TrackersTest, WakeOnceInTwoSecondsWhileIdle)
+{
+    for (const bool enabled : {true, false})
+    {
+        simulated::PutFile(configPath, std::string("[install]\r\ntracking=") +
+                                           (enabled ? "1\r\n" : "0\r\n") + uaSection);
+        StartTracker();
+        tracker->DisableIdlePageviews(true);
+        const int before = simulated::GetWakeUpCount();
+        simulated::AdvanceTime(600s);
+        EXPECT_EQ(simulated::GetWakeUpCount() - before, 300) << enabled;
+        EXPECT_EQ(GetTimes(), Times{});
+    }
+}
+
 TEST_P(TrackersTest, EndWithoutWaitingForTheNetwork)
 {
     struct End
