@@ -18,27 +18,24 @@ public:
     // host's own folder "content". With the measurement protocol the collector listens on port 443,
     // where that tracker always sends.
     explicit CStay(bool measurementProtocol = false);
+    ~CStay() override;
 
-    module::ProgramResult Run(const std::string& commands, std::chrono::seconds limit) const
-    {
-        return RunHost(commands, limit);
-    }
+    using CModuleTest::GetPrefix;
+    using CModuleTest::ResetPrefix;
+    using CModuleTest::RunHost;
 
-    // Makes the prefix that all share, before the first stay; removes it, after the last one.
-    static void PreparePrefix() { GetPrefix(); }
-    static void RemovePrefix() { ResetPrefix(); }
-
-    // A file's path below the host's folder.
+    // A file below the host's folder.
     std::filesystem::path At(const std::string& name) const { return hostFolder / name; }
+    std::string Read(const std::string& name) const;
     void Write(const std::string& name, const std::string& bytes) const;
 
-    // Another section or line at the end of install.cfg.
-    void Configure(const std::string& lines) const;
+    // Starts an HTTP proxy, Debian's tinyproxy, until the stay's end. Returns its port.
+    int StartProxy(bool asksForPassword) const;
+
+    // Puts the registry, which all hosts share, back and adds the lines of a .reg file.
+    void SetRegistry(const std::string& lines) const;
 
     collector::CCollector& GetServer() { return secure ? *secure : collector; }
-
-    // Makes `address` ("HOST:PORT") the proxy of the prefix's user, or none when it is empty.
-    static void SetProxy(const std::string& address);
 
 private:
     void TestBody() override {}
@@ -51,18 +48,27 @@ struct Scene
 {
     std::string fault;
     std::string where;
-    std::function<void(CStay&)> prepare;
-    std::string commands; // before its end
-    std::vector<std::string> ends;
+    std::function<void(CStay&)> prepare = {};
+    std::string commands = {}; // before its end
+    std::vector<std::string> ends = {""};
+    bool measurementProtocol = false; // one after the other, for there is one port 443
 };
 
+// With a host that reports hits with every operation and ends while they are under way.
+Scene MakeScene(const std::string& fault, const std::string& where,
+                const std::function<void(CStay&)>& prepare, bool hasEveryEnd = false);
+
 // Every fault of the network and of servers.
-std::vector<Scene> GetNetworkScenes();
+std::vector<Scene> GetNetworkScenes(bool measurementProtocol);
+
+// What is wrong with the computer, and so for all hosts: proxies, the registry. One after the
+// other, and nothing beside them; SetRegistry() puts the computer back.
+std::vector<Scene> GetComputerScenes();
 
 // Every kind of broken or hostile file, and of a host's odd calls.
 std::vector<Scene> GetHostileScenes();
 
 // A stay that begins, goes on and ends at random, with a random part of the process in the way.
-Scene DrawScene(std::mt19937& random);
+Scene DrawScene(std::mt19937 random);
 
 } // namespace soak

@@ -3,6 +3,9 @@
 #include "tools/collector/Faults.h"
 
 #include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
 
 namespace soak {
 
@@ -13,63 +16,41 @@ namespace {
 const std::string release = "release\nblocked\n";
 const std::string unload = "unload\ngone 1\nblocked\n";
 const std::string leave = "exit\n";
+const std::vector<std::string> everyEnd{release, unload, leave};
 
 // The hits are in flight when the end comes: a worker looks at its queue every two seconds.
 const std::string busyDay = "initialize\nrepeat 2 pageview\nevent Scan Start\nmessage Hello\n"
                             "purchase Pack P1 10.00 A-7 3\nsleep 2600\n";
 
-// As the collector's faults are described; "" is none.
-const char* const faults[] = {
-    "",
-    "close-before-tls",
-    "stall-tls",
-    "unknown-certificate",
-    "wrong-host",
-    "expired-certificate",
-    "no-answer",
-    "stall",
-    "wait:700",
-    "drip:400",
-    "cut:10",
-    "length:3",
-    "length:99999999999",
-    "length:-1",
-    "no-length:100000",
-    "big:70",
-    "status:204",
-    "status:304",
-    "status:400",
-    "status:404",
-    "status:407",
-    "status:500",
-    "status:503",
-    "redirect:https://127.0.0.1:1/__utm.gif",
-    "redirect:http://127.0.0.1:1/",
-    "redirect:/again",
-    "redirect:https://no.such.host.invalid/",
-};
+const std::vector<std::string> faults = [] {
+    std::istringstream words(
+        "none close-before-tls stall-tls unknown-certificate wrong-host expired-certificate "
+        "no-answer stall wait:700 drip:400 cut:10 length:3 length:99999999999 length:-1 "
+        "no-length:100000 big:70 status:204 status:304 status:400 status:404 status:407 status:500 "
+        "status:503 redirect:https://127.0.0.1:1/__utm.gif redirect:http://127.0.0.1:1/ "
+        "redirect:/again redirect:https://no.such.host.invalid/");
+    return std::vector(std::istream_iterator<std::string>(words), {});
+}();
 
 Scene MakeNetworkScene(const std::string& fault)
 {
-    return {fault.empty() ? "none" : fault,
-            "server",
-            [fault](CStay& stay) {
-                if (!fault.empty())
-                    collector::OrderFault(stay.GetServer(), fault);
-            },
-            busyDay,
-            {release, unload, leave}};
+    const auto order = [fault](CStay& stay) {
+        if (fault != "none")
+            collector::OrderFault(stay.GetServer(), fault);
+    };
+    return MakeScene(fault, "server", order, true);
 }
 
 // A file of the host's with odd bytes in it.
 Scene MakeFileScene(const std::string& what, const std::string& name, const std::string& bytes)
 {
-    return {what, name, [=](CStay& stay) { stay.Write(name, bytes); }, busyDay, {release}};
+    const auto shared = std::make_shared<const std::string>(bytes);
+    return MakeScene(what, name, [=](CStay& stay) { stay.Write(name, *shared); });
 }
 
-std::string MakeUtf16(const std::string& text, bool bigEndian)
+std::string MakeUtf16(const std::string& text, bool bigEndian = false)
 {
-    std::string bytes = bigEndian ? "\xfe\xff" : "\xff\xfe";
+    std::string bytes;
     for (const char unit : text)
         bytes += bigEndian ? std::string{'\0', unit} : std::string{unit, '\0'};
     return bytes;
@@ -97,7 +78,51 @@ const std::string config = "[install]\r\ntracking=1\r\n";
 const std::string history =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<root><FPa>1</FPa></root>";
 
+// --- the host's version resource ----------------------------------------------------------------
+
+// Each block begins with its length, its value's length and its type, two bytes each, and its key.
+const struct
+{
+    const char* fault;
+    const char* key;
+    std::size_t before; // bytes
+    std::string bytes;
+} brokenVersions[] = {
+    {"binary", "VS_VERSION_INFO", 0, MakeBinary(400)},
+    {"a length of 0", "VS_VERSION_INFO", 6, {0, 0}},
+    {"a length of 65535", "VS_VERSION_INFO", 6, "\xff\xff"},
+    {"a value's length of 65535", "VS_VERSION_INFO", 4, "\xff\xff"},
+    {"an entry's length of 0", "ProductName", 6, {0, 0}},
+    {"an entry's length of 65535", "ProductName", 6, "\xff\xff"},
+    {"an entry's value of 65535", "ProductName", 4, "\xff\xff"},
+    {"a translation of one byte", "Translation", 4, {1, 0}},
+};
+
+Scene MakeVersionScene(const std::string& what,
+                       const std::function<void(std::string& program)>& change)
+{
+    const auto prepare = [change](CStay& stay) {
+        std::string program = stay.Read("host.exe");
+        change(program);
+        stay.Write("host.exe", program);
+    };
+    return MakeScene(what, "version of host.exe", prepare);
+}
+
+// The place of all resources, in the header behind that of DOS.
+void DropResources(std::string& program)
+{
+    const std::size_t header = static_cast<unsigned char>(program.at(0x3c));
+    program.replace(header + 24 + 112 + 2 * 8, 8, 8, '\0');
+}
+
 } // namespace
+
+Scene MakeScene(const std::string& fault, const std::string& where,
+                const std::function<void(CStay&)>& prepare, bool hasEveryEnd)
+{
+    return {fault, where, prepare, busyDay, hasEveryEnd ? everyEnd : std::vector{release}};
+}
 
 CStay::CStay(bool measurementProtocol)
 {
@@ -114,12 +139,10 @@ CStay::CStay(bool measurementProtocol)
               "[UA]\nEnabled=1\nId=UA-7\nURL=https://127.0.0.1/collect\n");
 }
 
-void CStay::SetProxy(const std::string& address)
+std::string CStay::Read(const std::string& name) const
 {
-    const std::string key = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";
-    GetPrefix().Run({"reg.exe", "add", key, "/v", "ProxyEnable", "/t", "REG_DWORD", "/d",
-                     address.empty() ? "0" : "1", "/f"});
-    GetPrefix().Run({"reg.exe", "add", key, "/v", "ProxyServer", "/d", address, "/f"});
+    std::ifstream file(At(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 void CStay::Write(const std::string& name, const std::string& bytes) const
@@ -127,31 +150,15 @@ void CStay::Write(const std::string& name, const std::string& bytes) const
     std::ofstream(At(name), std::ios::binary) << bytes;
 }
 
-void CStay::Configure(const std::string& lines) const
-{
-    std::ofstream(At("install.cfg"), std::ios::binary | std::ios::app) << lines;
-}
-
-std::vector<Scene> GetNetworkScenes()
+std::vector<Scene> GetNetworkScenes(bool measurementProtocol)
 {
     std::vector<Scene> scenes;
-    for (const char* const fault : faults)
+    for (const std::string& fault : faults)
         scenes.push_back(MakeNetworkScene(fault));
-    scenes.push_back({"refusing",
-                      "server",
-                      [](CStay& stay) { stay.GetServer().Refuse(); },
-                      busyDay,
-                      {release, unload, leave}});
-    scenes.push_back({"no such name",
-                      "GAURL, PIWIKURL",
-                      [](CStay& stay) {
-                          stay.Write("install.cfg", config +
-                                                        "GAURL=https://no.such.host.invalid/a?\r\n"
-                                                        "[web]\r\n"
-                                                        "PIWIKURL=https://no.such.host.invalid/b");
-                      },
-                      busyDay,
-                      {release, unload, leave}});
+    const auto refuse = [](CStay& stay) { stay.GetServer().Refuse(); };
+    scenes.push_back(MakeScene("refusing", "server", refuse, true));
+    for (Scene& scene : scenes)
+        scene.measurementProtocol = measurementProtocol;
     return scenes;
 }
 
@@ -159,8 +166,8 @@ std::vector<Scene> GetHostileScenes()
 {
     std::vector<Scene> scenes{
         MakeFileScene("binary", "install.cfg", MakeBinary(100'000)),
-        MakeFileScene("UTF-16", "install.cfg", MakeUtf16(config, false)),
-        MakeFileScene("UTF-16, big endian", "install.cfg", MakeUtf16(config, true)),
+        MakeFileScene("UTF-16", "install.cfg", "\xff\xfe" + MakeUtf16(config)),
+        MakeFileScene("UTF-16, big endian", "install.cfg", "\xfe\xff" + MakeUtf16(config, true)),
         MakeFileScene("100 MB", "install.cfg", config + Repeat("key=value\r\n", 9'000'000)),
         MakeFileScene("a value of a megabyte", "install.cfg",
                       config + "PHASH=" + std::string(1 << 20, 'x') + "\r\n"),
@@ -172,37 +179,43 @@ std::vector<Scene> GetHostileScenes()
         MakeFileScene("a COUNT that lies", "content/tallyhive.dat",
                       "[events]\r\nCOUNT=2147483647\r\nFP0=a\r\n"),
         MakeFileScene("binary", "content/tallyhive.dat", MakeBinary(100'000)),
+        MakeFileScene("addresses of no host", "install.cfg",
+                      config + "GAURL=https://no.such.host.invalid/a?\r\n"
+                               "[web]\r\nPIWIKURL=https://no.such.host.invalid/b"),
+        MakeVersionScene("none", &DropResources),
     };
+    for (const auto& broken : brokenVersions)
+        scenes.push_back(MakeVersionScene(broken.fault, [&](std::string& program) {
+            const std::size_t key = program.find(MakeUtf16(broken.key));
+            program.replace(key - broken.before, broken.bytes.size(), broken.bytes);
+        }));
     for (std::size_t cut = 0; cut < history.size(); cut += 9)
         scenes.push_back(
             MakeFileScene("cut short", "content/tallyhive.xml", history.substr(0, cut)));
     const auto replace = [&](const char* what, const char* name, auto change) {
-        scenes.push_back({what,
-                          name,
-                          [=](CStay& stay) {
-                              fs::remove_all(stay.At(name));
-                              change(stay.At(name));
-                          },
-                          busyDay,
-                          {release}});
+        const auto prepare = [=](CStay& stay) {
+            fs::remove_all(stay.At(name));
+            change(stay.At(name));
+        };
+        scenes.push_back(MakeScene(what, name, prepare));
     };
-    replace("a folder", "install.cfg", [](const fs::path& path) { fs::create_directory(path); });
-    replace("not there", "install.cfg", [](const fs::path&) {});
-    replace("not there", "content", [](const fs::path&) {});
+    const auto makeFolder = [](const fs::path& path) { fs::create_directory(path); };
+    const auto makeNothing = [](const fs::path&) {};
+    replace("a folder", "install.cfg", makeFolder);
+    replace("a folder", "content/tallyhive.xml", makeFolder);
+    replace("not there", "install.cfg", makeNothing);
+    replace("not there", "content", makeNothing);
     replace("a file", "content", [](const fs::path& path) { std::ofstream(path) << "x"; });
-    replace("a folder", "content/tallyhive.xml",
-            [](const fs::path& path) { fs::create_directory(path); });
     replace("full", "content", [](const fs::path& path) { fs::create_symlink("/dev/full", path); });
-    scenes.push_back({"longer than 260",
-                      "UserContentPath",
-                      [](CStay& stay) {
-                          stay.Configure("[install]\r\nUserContentPath=C:\\" +
-                                         std::string(300, 'x') + "\\\r\n");
-                      },
-                      busyDay,
-                      {release}});
+    const auto lengthen = [](CStay& stay) {
+        std::string lines = stay.Read("install.cfg");
+        lines.insert(lines.find('\n') + 1,
+                     "UserContentPath=C:\\" + std::string(300, 'x') + "\\\r\n");
+        stay.Write("install.cfg", lines);
+    };
+    scenes.push_back(MakeScene("longer than 260", "UserContentPath", lengthen));
     const auto call = [&](const char* what, const std::string& commands) {
-        scenes.push_back({what, "calls", [](CStay&) {}, commands, {release, unload, leave}});
+        scenes.push_back({what, "calls", [](CStay&) {}, commands, everyEnd, false});
     };
     call("everything odd", "hostile\nsleep 2300\n");
     call("everything odd, 16 threads", "threads 16 hostile\n");
@@ -213,13 +226,12 @@ std::vector<Scene> GetHostileScenes()
     return scenes;
 }
 
-Scene DrawScene(std::mt19937& random)
+Scene DrawScene(std::mt19937 random)
 {
     const auto draw = [&](int most) { return static_cast<int>(random() % (most + 1u)); };
     const auto sleep = [&](int most) { return "sleep " + std::to_string(draw(most)) + "\n"; };
     const std::string hold = "hold " + std::to_string(draw(2000)) + " ";
-    const char* const fault = faults[random() % std::size(faults)];
-    Scene scene = MakeNetworkScene(fault);
+    Scene scene = MakeNetworkScene(faults[random() % faults.size()]);
     scene.fault = "random moments and faults";
     scene.where = "process, loader's lock, server";
     scene.commands.clear();

@@ -1,19 +1,15 @@
-// soak [--short] [--part NAME] [--minutes N] [--seed N] [--report FILE.md] [--plot FILE.svg]: the
-// real module in real hosts under Wine against everything the world does to it. Prints a table, and
-// puts it into the report between the lines "<!-- table -->" and "<!-- end of table -->"; draws
-// what one host needed. Ends with 1 if any host crashed, hung or was held up.
-#include "tests/soak/Plot.h"
-#include "tests/soak/Proxy.h"
+// soak: the real module in real hosts under Wine against everything the world does to it. Prints
+// tables, and puts them into a report; draws what one host needed. Ends with 1 if any host crashed,
+// hung or was held up.
+#include "tests/soak/Report.h"
 #include "tests/soak/Scene.h"
 #include "tools/collector/Faults.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <map>
-#include <mutex>
+#include <future>
 #include <sstream>
 #include <thread>
 
@@ -21,362 +17,246 @@ namespace soak {
 
 namespace {
 
-using std::chrono::milliseconds;
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr milliseconds releaseLimit{3000};
-constexpr milliseconds emptyingLimit{13'000}; // while sends succeed
-constexpr milliseconds unloadLimit{2000};
-constexpr milliseconds blockLimit{500};
-constexpr int callLimit = 250'000; // microseconds: a machine that is busy, not a call that waits
+// As they are without being given.
+std::map<std::string, std::string> options{{"--short", ""},  {"--part", ""}, {"--minutes", "0"},
+                                           {"--report", ""}, {"--plot", ""}, {"--seed", "1"}};
+const Clock::time_point start = Clock::now();
+CTable table;
+std::string hits; // a table, too
+std::atomic<bool> isBroken{false};
 
-// Everything that was seen of one fault.
-struct Row
-{
-    int tries = 0;
-    int crashes = 0;
-    int hangs = 0;
-    int breaches = 0; // of a bound, or of what the module may call
-    int call = 0;     // microseconds
-    int release = 0;  // the longest of each, in milliseconds
-    int unload = 0;
-    int blocked = 0;
-    long reported = 0; // calls of the host, each to one tracker
-    long arrived = 0;  // requests that the server read
-};
+bool IsShort() { return !options.at("--short").empty(); }
+int GetMinutes() { return std::stoi(options.at("--minutes")); }
 
-struct Options
+std::mt19937 MakeRandom(std::size_t number = 0)
 {
-    bool isShort = false;
-    int minutes = 0;
-    unsigned seed = 1;
-    std::string report;
-    std::string plot;
-    std::string part; // empty: all
-};
-
-// The largest number behind any `what` in the output.
-int FindLargest(const std::string& output, const std::string& what)
-{
-    int largest = 0;
-    for (std::size_t at = output.find(what); at != std::string::npos;
-         at = output.find(what, at + 1))
-        largest = std::max(largest, std::atoi(output.c_str() + at + what.size()));
-    return largest;
+    return std::mt19937(static_cast<unsigned>(std::stoul(options.at("--seed")) + number));
 }
 
-class CTable
+long GetSeconds() { return static_cast<long>((Clock::now() - start) / seconds(1)); }
+
+void Tell(const std::string& what)
 {
-public:
-    // `sends`: whether a release may take its time to empty the queue.
-    void Add(const Scene& scene, const module::ProgramResult& run, long arrived)
-    {
-        const bool held = run.output.empty() || scene.ends[0].find("hold") != std::string::npos ||
-                          scene.commands.find("hold") != std::string::npos;
-        const std::lock_guard guard(lock);
-        Row& row = rows[{scene.where, scene.fault}];
-        const int before = row.breaches;
-        ++row.tries;
-        row.hangs += run.hung;
-        row.crashes += !run.hung && run.status != 0 && run.status != 3;
-        row.breaches += run.status == 3;
-        const int release = std::max(FindLargest(run.output, "release main "),
-                                     FindLargest(run.output, "release kpi "));
-        const int unload = FindLargest(run.output, "unload ");
-        const int blocked = held ? 0 : FindLargest(run.output, "blocked ");
-        const int call = FindLargest(run.output, "longest ");
-        row.release = std::max(row.release, release);
-        row.unload = std::max(row.unload, held ? 0 : unload);
-        row.blocked = std::max(row.blocked, blocked);
-        row.call = std::max(row.call, call);
-        row.reported += FindLargest(run.output, "calls ");
-        row.arrived += arrived;
-        row.breaches += release > (arrived > 0 ? emptyingLimit : releaseLimit).count();
-        row.breaches += (!held && unload > unloadLimit.count()) + (blocked > blockLimit.count()) +
-                        (scene.where != "calls" && call > callLimit);
-        if (run.hung || row.breaches != before || (run.status != 0 && run.status != 3))
-            std::printf("-- %s, %s: status %d%s\n%s%s\n%s\n", scene.where.c_str(),
-                        scene.fault.c_str(), run.status, run.hung ? ", hung" : "",
-                        scene.commands.substr(0, 400).c_str(), scene.ends[0].c_str(),
-                        run.output.c_str());
-    }
+    std::fprintf(stderr, "%5ld s: %s\n", GetSeconds(), what.c_str());
+}
 
-    bool IsClean() const
-    {
-        return std::ranges::all_of(rows, [](const auto& entry) {
-            const Row& row = entry.second;
-            return row.crashes + row.hangs + row.breaches == 0;
-        });
-    }
-
-    std::string Format() const
-    {
-        std::ostringstream text;
-        text << "| fault | where | tries | crashes | hangs | breaches | call, us | release, ms | "
-                "unload, ms | others held up, ms | reported | arrived |\n"
-                "|---|---|---|---|---|---|---|---|---|---|---|---|\n";
-        for (const auto& [name, row] : rows)
-            text << "| " << name.second << " | " << name.first << " | " << row.tries << " | "
-                 << row.crashes << " | " << row.hangs << " | " << row.breaches << " | " << row.call
-                 << " | " << row.release << " | " << row.unload << " | " << row.blocked << " | "
-                 << row.reported << " | " << row.arrived << " |\n";
-        return text.str();
-    }
-
-private:
-    std::mutex lock;
-    std::map<std::pair<std::string, std::string>, Row> rows;
-};
-
-void RunScene(CTable& table, const Scene& scene, bool measurementProtocol = false)
+// Does `work` on a few threads, with 0, 1 ...; `count` times and then until `end`.
+void DoAll(const std::string& part, int threads, std::size_t count,
+           const std::function<void(std::size_t)>& work, Clock::time_point end = {})
 {
-    CStay stay(measurementProtocol);
+    std::atomic<std::size_t> taken{0}, done{0};
+    std::vector<std::future<void>> running;
+    for (int thread = 0; thread < threads; ++thread)
+        running.push_back(std::async(std::launch::async, [&] {
+            for (std::size_t i = taken++; i < count || Clock::now() < end; i = taken++)
+            {
+                work(i);
+                if (++done % 10 == 0)
+                    Tell(part + " " + std::to_string(done) + " of " + std::to_string(count));
+            }
+        }));
+    for (std::future<void>& thread : running)
+        thread.get();
+}
+
+void RunScene(const Scene& scene)
+{
+    CStay stay(scene.measurementProtocol);
     scene.prepare(stay);
-    const std::string commands = "blocked\n" + scene.commands + "calls\n" + scene.ends[0];
-    const module::ProgramResult run = stay.Run(commands, seconds(60));
-    table.Add(scene, run, static_cast<long>(stay.GetServer().GetHits().size()));
+    const auto result =
+        stay.RunHost("blocked\n" + scene.commands + "calls\n" + scene.ends[0], seconds(60));
+    table.Add(scene, result, stay.GetServer().GetHits().size());
 }
 
-// Runs `next` on a few threads until it has nothing more to give.
-void RunAll(CTable& table, const std::function<std::optional<Scene>()>& next)
-{
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] {
-            while (const std::optional<Scene> scene = next())
-                RunScene(table, *scene);
-        });
-}
-
-// Each scene with each of its ends; the short form takes one end for each.
-void RunScenes(CTable& table, const std::vector<Scene>& scenes, bool isShort)
+// Each scene with each of its ends. The short form takes one end for each, and of what belongs to
+// the measurement protocol only some.
+void RunScenes(const char* part, int threads, const std::vector<Scene>& scenes)
 {
     std::vector<Scene> all;
     for (std::size_t i = 0; i < scenes.size(); ++i)
-        for (std::size_t j = 0; j < scenes[i].ends.size(); ++j)
-            if (!isShort || j == i % scenes[i].ends.size())
-            {
-                all.push_back(scenes[i]);
-                all.back().ends = {scenes[i].ends[j]};
-            }
-    std::atomic<std::size_t> taken{0};
-    RunAll(table, [&]() -> std::optional<Scene> {
-        const std::size_t mine = taken++;
-        return mine < all.size() ? std::optional(all[mine]) : std::nullopt;
-    });
+        for (const std::string& end : scenes[i].ends)
+            if (!IsShort() || (end == scenes[i].ends[i % scenes[i].ends.size()] &&
+                               (!scenes[i].measurementProtocol || i % 6 == 0)))
+                all.emplace_back(scenes[i]).ends = {end};
+    DoAll(part, threads, all.size(), [&](std::size_t i) { RunScene(all[i]); });
 }
 
-// One after the other, for there is one port 443.
-void RunMeasurementProtocol(CTable& table, const Options& options)
+// What became of every hit, in the simulation, where each can be followed.
+void AccountForHits()
 {
-    const std::vector<Scene> scenes = GetNetworkScenes();
-    for (std::size_t i = 0; i < scenes.size(); i += options.isShort ? 6 : 1)
-    {
-        Scene scene = scenes[i];
-        scene.where = "server, measurement protocol";
-        for (const std::string& end : options.isShort ? std::vector{scene.ends[0]} : scene.ends)
-        {
-            scene.ends = {end};
-            RunScene(table, scene, true);
-        }
-    }
+    if (IsShort()) // the test of that name does it
+        return;
+    const auto result = module::RunProgram({CONSERVATION_TEST, "1000000", options.at("--seed")}, {},
+                                           {}, seconds(1800));
+    std::istringstream lines(result.output);
+    for (std::string line; std::getline(lines, line);)
+        hits += line.starts_with("|") ? line + "\n" : "";
+    if (result.status != 0)
+        throw std::runtime_error(result.output);
 }
 
-// A proxy that works, asks for a password, refuses and says nothing.
-void RunBehindProxies(CTable& table, const Options& options)
+void RunComputer()
 {
-    const std::filesystem::path folder = std::filesystem::temp_directory_path();
-    const auto run = [&](const char* what, const std::string& address) {
-        CStay::SetProxy(address);
-        std::vector<Scene> scenes{GetNetworkScenes()[0]};
-        scenes[0].fault = std::string("a proxy that ") + what;
-        scenes[0].where = "proxy";
-        RunScenes(table, scenes, options.isShort);
-    };
-    for (const bool asks : {false, true})
-    {
-        CProxy proxy(asks);
-        run(asks ? "asks for a password" : "works", proxy.GetAddress());
-    }
-    const CSilentServer silent;
-    run("says nothing", silent.GetAddress());
-    run("refuses", "127.0.0.1:1");
-    CStay::SetProxy({});
+    RunScenes("computer", 1, GetComputerScenes());
+    CStay().SetRegistry({});
 }
 
-void RunAtRandom(CTable& table, const Options& options)
-{
-    const auto end = Clock::now() + std::chrono::minutes(options.minutes);
-    std::mt19937 random(options.seed);
-    std::mutex drawing;
-    int left = options.isShort ? 12 : 1000;
-    RunAll(table, [&]() -> std::optional<Scene> {
-        const std::lock_guard guard(drawing);
-        if (left-- <= 0 && Clock::now() > end)
-            return std::nullopt;
-        return DrawScene(random);
-    });
-}
-
-// Killed while it reports, like a process or a machine that loses its power: the next run finds a
+// Killed while it reports, like a process of a machine that loses its power: the next run finds a
 // history that is old or new, never half of one, and goes on.
-void RunKilled(CTable& table, const Options& options)
+void RunKilled()
 {
-    std::atomic<int> left{options.isShort ? 4 : 1000};
-    RunAll(table, [&]() -> std::optional<Scene> {
-        const int number = left--;
-        if (number <= 0)
-            return std::nullopt;
-        std::mt19937 random(options.seed + static_cast<unsigned>(number));
+    static const Scene killed{"killed while it reports", "process"};
+    static const Scene next{"killed while it reports, the next run", "process"};
+    std::string work = "release\nunload\ngone 5000\n";
+    for (int i = 0; i < 80; ++i)
+        work += "load\nevent a b\nsleep 20\nrelease\nunload\ngone 5000\n";
+    DoAll("killed", 3, IsShort() ? 4 : 1000, [&](std::size_t i) {
         CStay stay;
-        const Scene scene{"killed while it reports", "process", [](CStay&) {}, {}, {"exit\n"}};
-        const std::string work = "load\nevent a b\nsleep 20\nrelease\nunload\ngone 5000\n";
-        std::string commands = "release\nunload\ngone 5000\n";
-        for (int i = 0; i < 80; ++i)
-            commands += work;
-        commands.insert(0, "sleep " + std::to_string(random() % 1000) + "\n");
-        stay.Run(commands, seconds(2));
-        std::ifstream file(stay.At("content/tallyhive.xml"), std::ios::binary);
-        const std::string kept((std::istreambuf_iterator<char>(file)), {});
-        const bool whole = kept.empty() || kept.find("</SimpleXMLElement>") != std::string::npos;
-        module::ProgramResult run =
-            stay.Run("event a b\nsleep 2300\nrelease\ncalls\n", seconds(30));
-        run.status = whole ? run.status : 4;
-        table.Add(scene, run, static_cast<long>(stay.GetServer().GetHits().size()));
-        return std::optional<Scene>(Scene{"killed while it reports, next run",
-                                          "process",
-                                          [](CStay&) {},
-                                          "pageview\n",
-                                          {"release\n"}});
+        const std::string moment = std::to_string(MakeRandom(i)() % 1000);
+        auto result = stay.RunHost("kill " + moment + "\n" + work, seconds(60));
+        const std::size_t before = stay.GetServer().GetHits().size();
+        table.Add(killed, result, before);
+        const std::string kept = stay.Read("content/tallyhive.xml");
+        const bool isWhole = kept.empty() || kept.find("</SimpleXMLElement>") != kept.npos;
+        result = stay.RunHost("event a b\nsleep 100\ncalls\nrelease\n", seconds(60));
+        result.status = isWhole ? result.status : 4;
+        table.Add(next, result, stay.GetServer().GetHits().size() - before);
     });
 }
 
 // One process, many stays: what is left behind.
-void RunCycles(CTable& table, const Options& options)
+void RunCycles()
 {
     CStay stay;
-    const int cycles = options.isShort ? 40 : 10'000;
+    const int cycles = IsShort() ? 40 : 10'000;
     std::string commands = "release\nunload\ngone 5000\n";
     for (int i = 0; i < cycles; ++i)
         commands += std::string("load\npageview\nrelease\nunload\ngone 0\n") +
                     (i == 9 || i == cycles - 1 ? "left\n" : "");
-    const Scene scene{std::to_string(cycles) + " stays in one process",
-                      "process",
-                      [](CStay&) {},
-                      {},
-                      {"release\n"}};
-    const module::ProgramResult run = stay.Run(commands + "load\ncalls\nrelease\n", seconds(7200));
-    table.Add(scene, run, static_cast<long>(stay.GetServer().GetHits().size()));
-    for (std::size_t at = run.output.find("left "); at != std::string::npos;
-         at = run.output.find("left ", at + 1))
-        std::printf("%s\n", run.output.substr(at, run.output.find('\n', at) - at).c_str());
+    const auto result = stay.RunHost(commands + "load\ncalls\nrelease\n", seconds(7200));
+    table.Add({std::to_string(cycles) + " stays in one process", "process"}, result,
+              stay.GetServer().GetHits().size());
+    for (std::size_t at = result.output.find("left "); at != result.output.npos;
+         at = result.output.find("left ", at + 1))
+        Tell(result.output.substr(at, result.output.find('\n', at) - at));
 }
 
-// One host that works for minutes while the server's faults change, and what it needs meanwhile.
-void RunSoak(CTable& table, const Options& options)
+// Lets the server's faults change, and keeps how many hits it had by each second.
+std::vector<double> ChangeFaults(collector::CCollector& server, const std::stop_token& stop)
 {
     static const char* const changing[] = {"",         "status:503", "stall", "close-before-tls",
                                            "wait:700", "cut:10"};
-    const int rounds = options.isShort ? 5 : std::max(1, options.minutes) * 60;
-    CStay stay;
-    std::mt19937 random(options.seed);
+    std::mt19937 random = MakeRandom();
+    std::vector<double> delivered{0};
+    for (int second = 0; !stop.stop_requested(); ++second)
+    {
+        if (second % 20 == 0)
+        {
+            server.CancelOrders();
+            server.Disconnect();
+            if (const std::string fault = changing[random() % std::size(changing)]; !fault.empty())
+                collector::OrderFault(server, fault);
+        }
+        delivered.push_back(static_cast<double>(server.GetHits().size()));
+        if (second % 60 == 59)
+            Tell("soak " + std::to_string(server.GetHits().size()) + " delivered");
+        std::this_thread::sleep_for(seconds(1));
+    }
+    return delivered;
+}
+
+// One host that works for minutes while the server's faults change, and what it needs meanwhile.
+void RunSoak()
+{
+    const int rounds = IsShort() ? 5 : std::max(1, GetMinutes()) * 60;
+    std::mt19937 random = MakeRandom();
     std::string commands = "blocked\n";
     for (int i = 0; i < rounds; ++i)
         commands += "repeat " + std::to_string(random() % 4) + " pageview\nevent a b" +
                     std::to_string(random() % 50) + "\nsleep 1000\nleft\n" +
                     (i % 60 == 59 ? "release\nunload\ngone 20000\nload\n" : "");
-    std::vector<std::size_t> arrived;
-    std::jthread weather([&](const std::stop_token& stop) {
-        for (int second = 0; !stop.stop_requested(); ++second)
-        {
-            if (second % 20 == 0)
-            {
-                stay.GetServer().CancelOrders();
-                stay.GetServer().Disconnect();
-                if (const std::string fault = changing[random() % std::size(changing)];
-                    !fault.empty())
-                    collector::OrderFault(stay.GetServer(), fault);
-            }
-            arrived.push_back(stay.GetServer().GetHits().size());
-            std::this_thread::sleep_for(seconds(1));
-        }
-    });
-    const module::ProgramResult run =
-        stay.Run(commands + "calls\nrelease\nblocked\n", seconds(rounds * 3 + 120));
+    CStay stay;
+    std::vector<double> delivered;
+    std::jthread weather(
+        [&](const std::stop_token& stop) { delivered = ChangeFaults(stay.GetServer(), stop); });
+    const auto result =
+        stay.RunHost(commands + "calls\nrelease\nblocked\n", seconds(rounds * 3 + 120));
     weather.request_stop();
     weather.join();
-    table.Add({"faults that change",
-               "server, one host for " + std::to_string(rounds) + " s",
-               [](CStay&) {},
-               {},
-               {"release\n"}},
-              run, static_cast<long>(arrived.back()));
-    if (!options.plot.empty())
-        std::ofstream(options.plot) << DrawPlot(ReadSamples(run.output), arrived);
+    const std::string where = "server, one host for " + std::to_string(rounds) + " s";
+    table.Add({"faults that change", where}, result, stay.GetServer().GetHits().size());
+    if (const std::string plot = options.at("--plot"); !plot.empty())
+        std::ofstream(plot) << DrawPlot(result.output, delivered);
 }
 
-struct Part
+void RunAtRandom()
+{
+    DoAll(
+        "random", 3, IsShort() ? 12 : 1000,
+        [](std::size_t i) { RunScene(DrawScene(MakeRandom(i))); },
+        start + std::chrono::minutes(GetMinutes()));
+}
+
+// Lane 0 is alone and comes first, the others are beside each other; the parts of one follow each
+// other.
+constexpr struct
 {
     const char* name;
-    void (*run)(CTable&, const Options&);
+    int lane;
+    void (*work)();
+} parts[] = {
+    {"hits", 0, AccountForHits},
+    {"computer", 0, RunComputer},
+    {"network", 1, [] { RunScenes("network", 3, GetNetworkScenes(false)); }},
+    {"hostile", 1, [] { RunScenes("hostile", 3, GetHostileScenes()); }},
+    {"killed", 1, RunKilled},
+    {"random", 1, RunAtRandom},
+    {"measurement", 2, [] { RunScenes("measurement", 1, GetNetworkScenes(true)); }},
+    {"cycles", 4, RunCycles},
+    {"soak", 3, RunSoak},
 };
 
-constexpr Part parts[] = {
-    {"network",
-     [](CTable& table, const Options& options) {
-         RunScenes(table, GetNetworkScenes(), options.isShort);
-     }},
-    {"hostile",
-     [](CTable& table, const Options& options) {
-         RunScenes(table, GetHostileScenes(), options.isShort);
-     }},
-    {"measurement", RunMeasurementProtocol},
-    {"proxies", RunBehindProxies},
-    {"cycles", RunCycles},
-    {"killed", RunKilled},
-    {"soak", RunSoak},
-    {"random", RunAtRandom},
-};
-
-void PutIntoReport(const std::string& path, const std::string& table)
+// What has been seen is told, whatever ends a lane.
+void RunLane(int lane)
+try
 {
-    std::ifstream file(path);
-    std::string text((std::istreambuf_iterator<char>(file)), {});
-    const std::string begin = "<!-- table -->\n";
-    const std::size_t start = text.find(begin) + begin.size();
-    const std::size_t end = text.find("<!-- end of table -->");
-    if (!file || end == std::string::npos || end < start)
-        throw std::runtime_error(path + " has no lines \"<!-- table -->\" and "
-                                        "\"<!-- end of table -->\" to put the table between");
-    std::ofstream(path) << text.replace(start, end - start, table);
+    const std::string wanted = options.at("--part");
+    for (const auto& part : parts)
+        if (part.lane == lane && (wanted.empty() || wanted == part.name))
+        {
+            Tell(part.name + std::string(" begins"));
+            part.work();
+            Tell(part.name + std::string(" is through"));
+        }
+}
+catch (const std::exception& failure)
+{
+    Tell(failure.what());
+    isBroken = true;
 }
 
-Options ParseOptions(int count, char** values)
+std::string DescribeRun()
 {
-    Options options;
+    double load[3] = {};
+    ::getloadavg(load, 3);
+    return "\nSeed " + options.at("--seed") + ", " + std::to_string(GetSeconds()) + " s, " +
+           std::to_string(std::thread::hardware_concurrency()) + " processors with a load of " +
+           std::to_string(load[2]).substr(0, 4) + " in the last 15 minutes.\n";
+}
+
+void ReadOptions(int count, char** values)
+{
     for (int i = 1; i < count; ++i)
     {
-        const std::string name = values[i];
-        const bool hasValue = i + 1 < count;
-        if (name == "--short")
-            options.isShort = true;
-        else if (name == "--minutes" && hasValue)
-            options.minutes = std::atoi(values[++i]);
-        else if (name == "--seed" && hasValue)
-            options.seed = static_cast<unsigned>(std::atoi(values[++i]));
-        else if (name == "--report" && hasValue)
-            options.report = values[++i];
-        else if (name == "--part" && hasValue)
-            options.part = values[++i];
-        else if (name == "--plot" && hasValue)
-            options.plot = values[++i];
-        else
-            throw std::runtime_error("unknown option " + name +
-                                     "; soak [--short] [--part NAME] [--minutes N] [--seed N] "
+        const auto option = options.find(values[i]);
+        if (option == options.end() || (option->first != "--short" && i + 1 == count))
+            throw std::runtime_error("soak [--short] [--part NAME] [--minutes N] [--seed N] "
                                      "[--report FILE.md] [--plot FILE.svg]");
+        option->second = option->first == "--short" ? "yes" : values[++i];
     }
-    return options;
 }
 
 } // namespace
@@ -387,20 +267,25 @@ int main(int count, char** values)
 try
 {
     using namespace soak;
-    const Options options = ParseOptions(count, values);
-    const auto start = Clock::now();
-    CStay::PreparePrefix();
-    CTable table;
-    for (const Part& part : parts)
-        if (options.part.empty() || options.part == part.name)
-            part.run(table, options);
-    const std::string text = table.Format();
-    std::printf("%s\nseed %u, %lld s\n", text.c_str(), options.seed,
-                static_cast<long long>((Clock::now() - start) / seconds(1)));
-    if (!options.report.empty())
-        PutIntoReport(options.report, text);
-    CStay::RemovePrefix();
-    return table.IsClean() ? 0 : 1;
+    ReadOptions(count, values);
+    CStay::GetPrefix();
+    RunLane(0);
+    std::vector<std::future<void>> lanes;
+    for (const int lane : {1, 2, 3, 4})
+        lanes.push_back(std::async(std::launch::async, [&, lane] { RunLane(lane); }));
+    for (std::future<void>& lane : lanes)
+        lane.get();
+    const std::string text = table.Format() + DescribeRun();
+    std::printf("%s\n%s", text.c_str(), hits.c_str());
+    if (const std::string report = options.at("--report"); !report.empty())
+    {
+        if (options.at("--part") != "hits")
+            PutIntoReport(report, "table", text);
+        if (!hits.empty())
+            PutIntoReport(report, "hits", hits);
+    }
+    CStay::ResetPrefix();
+    return isBroken ? 2 : table.IsClean() ? 0 : 1;
 }
 catch (const std::exception& failure)
 {

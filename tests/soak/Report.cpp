@@ -1,0 +1,129 @@
+#include "tests/soak/Report.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace soak {
+
+namespace {
+
+constexpr long releaseLimit = 3000;    // milliseconds
+constexpr long emptyingLimit = 13'000; // while sends succeed
+constexpr long unloadLimit = 2000;
+constexpr long blockLimit = 500;
+constexpr long callLimit = 250'000; // microseconds: a machine that is busy, not a call that waits
+
+constexpr int sawViolation = 3; // a host's exit status
+
+constexpr bool isLongest[] = {false, false, false, false, true, true, true, true, false, false};
+
+// The largest number behind any `what` in the output.
+long FindLargest(const std::string& output, const std::string& what)
+{
+    long largest = 0;
+    for (std::size_t at = output.find(what); at != output.npos; at = output.find(what, at + 1))
+        largest = std::max(largest, std::atol(output.c_str() + at + what.size()));
+    return largest;
+}
+
+constexpr int width = 800;
+constexpr int height = 110; // of one curve
+constexpr int top = 24;     // for its title
+
+void DrawCurve(std::ostream& svg, int row, const char* title, const std::vector<double>& values)
+{
+    const double largest = std::max(1.0, *std::ranges::max_element(values));
+    const int bottom = (row + 1) * (height + top);
+    svg << "<text x='4' y='" << bottom - height - 6 << "'>" << title << ", at most " << largest
+        << "</text>\n<polyline fill='none' stroke='#2a6fb0' points='";
+    for (std::size_t i = 0; i < values.size(); ++i)
+        svg << static_cast<double>(i) * width / static_cast<double>(values.size()) << ','
+            << bottom - values[i] * height / largest << ' ';
+    svg << "'/>\n<line x1='0' x2='" << width << "' y1='" << bottom << "' y2='" << bottom
+        << "' stroke='#999'/>\n";
+}
+
+} // namespace
+
+void CTable::Add(const Scene& scene, const module::ProgramResult& run, std::size_t delivered)
+{
+    const auto find = [&](const char* what) { return FindLargest(run.output, what); };
+    const bool isHeld = (scene.commands + scene.ends[0]).find("hold") != std::string::npos;
+    const bool isCrashed = !run.hung && run.status != 0 && run.status != sawViolation;
+    const long call = find("longest ");
+    const long release = std::max(find("release main "), find("release kpi "));
+    const long unload = isHeld ? 0 : find("unload ");
+    const long blocked = isHeld ? 0 : find("blocked ");
+    const bool isBreach = run.status == sawViolation || blocked > blockLimit ||
+                          release > (delivered > 0 ? emptyingLimit : releaseLimit) ||
+                          unload > unloadLimit || (call > callLimit && scene.where != "calls");
+    const Row seen{1,       isCrashed, run.hung, isBreach,       call,
+                   release, unload,    blocked,  find("calls "), static_cast<long>(delivered)};
+    const std::lock_guard guard(lock);
+    const char* const suffix = scene.measurementProtocol ? ", measurement protocol" : "";
+    Row& row = rows[{scene.where + suffix, scene.fault}];
+    for (std::size_t i = 0; i < row.size(); ++i)
+        row[i] = isLongest[i] ? std::max(row[i], seen[i]) : row[i] + seen[i];
+    if (!isCrashed && !run.hung && !isBreach)
+        return;
+    isClean = false;
+    std::printf("-- %s, %s: status %d%s\n%s%s\n%s\n", scene.where.c_str(), scene.fault.c_str(),
+                run.status, run.hung ? ", hung" : "", scene.commands.substr(0, 400).c_str(),
+                scene.ends[0].c_str(), run.output.c_str());
+}
+
+std::string CTable::Format() const
+{
+    std::string text = "| fault | where | tries | crashes | hangs | breaches | call, us | "
+                       "release, ms | unload, ms | others held up, ms | reported | delivered |\n"
+                       "|---|---|---|---|---|---|---|---|---|---|---|---|\n";
+    for (const auto& [name, row] : rows)
+    {
+        text += "| " + name.second + " | " + name.first + " |";
+        for (const long value : row)
+            text += ' ' + std::to_string(value) + " |";
+        text += '\n';
+    }
+    return text;
+}
+
+void PutIntoReport(const std::string& path, const std::string& name, const std::string& table)
+{
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    std::string report = text.str();
+    const std::string begin = "<!-- " + name + " -->\n";
+    const std::size_t start = report.find(begin) + begin.size();
+    const std::size_t end = report.find("<!-- end of " + name + " -->");
+    if (end == report.npos || end < start)
+        throw std::runtime_error(path + " has no lines to put \"" + name + "\" between");
+    std::ofstream(path) << report.replace(start, end - start, table);
+}
+
+std::string DrawPlot(const std::string& output, const std::vector<double>& delivered)
+{
+    static const char* const titles[] = {"bytes on all heaps of the host", "handles of the host",
+                                         "threads of the host", "requests delivered"};
+    std::vector<double> curves[] = {{0}, {0}, {0}, delivered};
+    std::string word;
+    for (std::istringstream words(output); words >> word;)
+        for (int i = 0; word == "left" && i < 3; ++i)
+        {
+            words >> curves[i].emplace_back();
+            words.ignore(64, i < 2 ? ',' : '\n');
+        }
+    std::ostringstream svg;
+    svg << "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " << width << ' '
+        << 4 * (height + top) + 8 << "' font-family='sans-serif' font-size='13'>\n"
+        << "<rect width='100%' height='100%' fill='white'/>\n";
+    for (int i = 0; i < 4; ++i)
+        DrawCurve(svg, i, titles[i], curves[i]);
+    svg << "</svg>\n";
+    return svg.str();
+}
+
+} // namespace soak

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "tests/soak/Scene.h"
+
+#include <array>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace soak {
+
+// What was seen of each fault. Any thread.
+class CTable
+{
+public:
+    // Adds a host's run, and prints it when something was wrong with it. `delivered` is the number
+    // of requests that the server read.
+    void Add(const Scene& scene, const module::ProgramResult& run, std::size_t delivered);
+
+    // No crash, no hang, no bound missed, nothing called that must not be.
+    bool IsClean() const { return isClean; }
+
+    // As Markdown.
+    std::string Format() const;
+
+private:
+    using Row = std::array<long, 10>; // without fault and place
+
+    std::mutex lock;
+    std::map<std::pair<std::string, std::string>, Row> rows; // by place and fault
+    bool isClean = true;
+};
+
+// Puts a table into a file, between the lines "<!-- NAME -->" and "<!-- end of NAME -->".
+void PutIntoReport(const std::string& path, const std::string& name, const std::string& table);
+
+// What a host printed of itself about once a second ("left 1000 bytes, 10 handles, 4 threads"), and
+// the number of hits that had arrived by each second, as an SVG with one curve for each, from 0 to
+// its largest value.
+std::string DrawPlot(const std::string& output, const std::vector<double>& delivered);
+
+} // namespace soak
