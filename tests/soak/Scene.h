@@ -5,6 +5,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace soak {
@@ -29,6 +30,12 @@ public:
     std::string Read(const std::string& name) const;
     void Write(const std::string& name, const std::string& bytes) const;
 
+    // Runs the host where there is no network at all, not even the computer's own.
+    module::ProgramResult RunOffline(const std::string& commands, std::chrono::seconds limit) const;
+
+    // Lets the server go and come back all the time, until the stay's end.
+    void KeepRestartingServer();
+
     // Starts an HTTP proxy, Debian's tinyproxy, until the stay's end. Returns its port.
     int StartProxy(bool asksForPassword) const;
 
@@ -41,6 +48,7 @@ private:
     void TestBody() override {}
 
     std::optional<collector::CCollector> secure;
+    std::jthread restarting;
 };
 
 // What goes wrong around a host, and what the host does meanwhile.
@@ -52,6 +60,7 @@ struct Scene
     std::string commands = {}; // before its end
     std::vector<std::string> ends = {""};
     bool measurementProtocol = false; // one after the other, for there is one port 443
+    bool isOffline = false;
 };
 
 // With a host that reports hits with every operation and ends while they are under way.

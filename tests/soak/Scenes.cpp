@@ -139,6 +139,31 @@ CStay::CStay(bool measurementProtocol)
               "[UA]\nEnabled=1\nId=UA-7\nURL=https://127.0.0.1/collect\n");
 }
 
+// With a server of Wine's of its own, which makes the sockets.
+module::ProgramResult CStay::RunOffline(const std::string& commands,
+                                        std::chrono::seconds limit) const
+{
+    const module::CWinePrefix own;
+    const std::vector environment{"WINEPREFIX=" + own.GetDriveC().parent_path().string()};
+    module::RunProgram({"/usr/lib/wine/wineserver64", "-k"}, environment, {}, limit);
+    return module::RunProgram({"unshare", "--user", "--map-current-user", "--net",
+                               ZO_SOURCE_FOLDER "/cmake/wine", At("host.exe"), "--watch"},
+                              environment, commands, limit);
+}
+
+void CStay::KeepRestartingServer()
+{
+    restarting = std::jthread([this](const std::stop_token& stop) {
+        while (!stop.stop_requested())
+        {
+            GetServer().Refuse();
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            GetServer().Accept();
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        }
+    });
+}
+
 std::string CStay::Read(const std::string& name) const
 {
     std::ifstream file(At(name), std::ios::binary);
@@ -157,6 +182,11 @@ std::vector<Scene> GetNetworkScenes(bool measurementProtocol)
         scenes.push_back(MakeNetworkScene(fault));
     const auto refuse = [](CStay& stay) { stay.GetServer().Refuse(); };
     scenes.push_back(MakeScene("refusing", "server", refuse, true));
+    const auto restart = [](CStay& stay) { stay.KeepRestartingServer(); };
+    scenes.push_back(MakeScene("going and coming back", "server", restart, true));
+    scenes.push_back(MakeScene(
+        "no network", "computer", [](CStay&) {}, true));
+    scenes.back().isOffline = true;
     for (Scene& scene : scenes)
         scene.measurementProtocol = measurementProtocol;
     return scenes;
@@ -206,6 +236,8 @@ std::vector<Scene> GetHostileScenes()
     replace("not there", "install.cfg", makeNothing);
     replace("not there", "content", makeNothing);
     replace("a file", "content", [](const fs::path& path) { std::ofstream(path) << "x"; });
+    replace("read-only", "content",
+            [](const fs::path& path) { fs::create_symlink("/proc/self", path); });
     replace("full", "content", [](const fs::path& path) { fs::create_symlink("/dev/full", path); });
     const auto lengthen = [](CStay& stay) {
         std::string lines = stay.Read("install.cfg");

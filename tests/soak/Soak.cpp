@@ -66,8 +66,9 @@ void RunScene(const Scene& scene)
 {
     CStay stay(scene.measurementProtocol);
     scene.prepare(stay);
-    const auto result =
-        stay.RunHost("blocked\n" + scene.commands + "calls\n" + scene.ends[0], seconds(60));
+    const std::string commands = "blocked\n" + scene.commands + "calls\n" + scene.ends[0];
+    const auto result = scene.isOffline ? stay.RunOffline(commands, seconds(60))
+                                        : stay.RunHost(commands, seconds(60));
     table.Add(scene, result, stay.GetServer().GetHits().size());
 }
 
