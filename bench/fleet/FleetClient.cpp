@@ -4,7 +4,7 @@
 #include "env/ProcessCache.h"
 #include "tests/simulated/Files.h"
 #include "tests/simulated/Simulated.h"
-#include "tests/simulated/VersionResource.h"
+#include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/VirtualTime.h"
 #include "zotracker/Exports.h"
 

@@ -5,7 +5,7 @@
 #include "tests/simulated/Internet.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/Simulated.h"
-#include "tests/simulated/VersionResource.h"
+#include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/VirtualTime.h"
 #include "trackers/classic/CZoTracker.h"
 #include "trackers/kpi/CZoTrackerPiWik.h"

@@ -1,8 +1,7 @@
 #include "platform/SystemPaths.h"
 #include "tests/platform/System.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/Simulated.h"
-#include "tests/simulated/VersionResource.h"
+#include "tests/simulated/SystemFacts.h"
 
 namespace contract {
 
@@ -11,11 +10,11 @@ void Clean()
     simulated::Reset();
     simulated::PutFolder(L"C:\\ProgramData");
     // The contents of Contract.rc, which the Windows build of this program carries.
-    simulated::SetVersionInfo(platform::GetHostExecutablePath(32780),
-                              {{{0x0407, 1200}, {0x0409, 1200}},
-                               {{L"\\StringFileInfo\\040704b0\\ProductName", L"Produkt \u20AC"},
-                                {L"\\StringFileInfo\\040704b0\\ProductVersion", L"1.2.3.4 (beta)"},
-                                {L"\\StringFileInfo\\040904b0\\ProductName", L"Product"}}});
+    simulated::SetVersionInfo(
+        platform::GetHostExecutablePath(32780),
+        {{{0x0407, 1200}, {0x0409, 1200}},
+         {{L"\\StringFileInfo\\040704b0\\ProductName", L"Produkt \u20AC"},
+          {L"\\StringFileInfo\\040704b0\\ProductVersion", L"1.2.3.4 (beta)"}}});
 }
 
 void SetReadOnly(const std::wstring& path, bool readOnly)

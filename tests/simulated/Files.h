@@ -5,19 +5,18 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-// The model's disk: folders and files of bytes, shared by the file and the profile functions.
+// The model's disk: folders and files of bytes, profile files too.
 //
 // Paths compare without case, '/' is '\', a run of separators is one, and a separator at the end
 // does not count. After the prefix "\\?\" a path is taken literally, so a doubled separator makes
 // it invalid. "C:\" always exists.
 namespace simulated {
 
-// Creates or replaces a file, with all folders on its way; it can then be written.
+// Creates or replaces an item, with all folders on its way; it can then be written.
 void PutFile(const std::wstring& path, const std::string& bytes);
-
-// Creates a folder with all folders on its way.
 void PutFolder(const std::wstring& path);
 
 // Removes a file, or a folder with all that it holds.
@@ -30,8 +29,12 @@ std::optional<std::string> ReadFileBytes(const std::wstring& path);
 // with it nothing can.
 void SetReadOnly(const std::wstring& path, bool readOnly);
 
-// An environment variable for ExpandEnvironment.
-void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value);
+// One call of a profile function, as it was made.
+struct ProfileCall
+{
+    std::wstring path;
+    std::size_t bufferSize; // units; 0 unless a string is read
+};
 
 struct Item
 {
@@ -46,7 +49,17 @@ struct Disk
     std::map<std::wstring, std::wstring, IgnoringCase> environment;       // by "%NAME%"
     std::vector<std::wstring> statusQueries; // of FileSystemItemExists, as they were given
     bool expandingFails = false;             // each ExpandEnvironment
+    std::vector<ProfileCall> profileCalls;
 };
 extern CState<Disk> disk;
+
+// For ExpandEnvironment.
+inline void PutEnvironmentVariable(const std::wstring& name, const std::wstring& value)
+{
+    disk->environment[L"%" + name + L"%"] = value;
+}
+
+// All calls of profile functions since the last take, in order.
+inline std::vector<ProfileCall> TakeProfileCalls() { return std::exchange(disk->profileCalls, {}); }
 
 } // namespace simulated

@@ -1,5 +1,6 @@
 #include "tests/simulated/Internet.h"
 
+#include "platform/Clock.h"
 #include "platform/LastError.h"
 #include "platform/Url.h"
 #include "tests/simulated/VirtualTime.h"
@@ -7,55 +8,41 @@
 #include <algorithm>
 #include <utility>
 
-namespace simulated {
-
-CState<Internet> internet;
-
-namespace {
-
-struct CountedHandle
-{
-    CountedHandle() { ++internet->openHandles; }
-    CountedHandle(const CountedHandle&) : CountedHandle() {}
-    ~CountedHandle() { --internet->openHandles; }
-};
-
-} // namespace
-
-} // namespace simulated
+simulated::CState<simulated::Internet> simulated::internet;
 
 namespace platform {
+
+using namespace simulated;
+using namespace std::chrono_literals;
 
 // One open session, connection or request; a child starts as a copy of what it came from.
 struct InternetState
 {
+    struct CountedHandle
+    {
+        CountedHandle() { ++internet->openHandles; }
+        CountedHandle(const CountedHandle&) : CountedHandle() {}
+        ~CountedHandle() { --internet->openHandles; }
+    };
+
     const CStopSignal& stop;
-    simulated::SentRequest request{};
-    std::shared_ptr<const simulated::Answer> answer{}; // of a connection and its request
+    SentRequest request{};
+    std::shared_ptr<const Answer> answer{}; // of a connection and its request
     std::size_t bytesRead = 0;
     std::size_t reads = 0;
     std::size_t index = 0; // of the noted request
     bool abandoned = false;
-    simulated::CountedHandle counted{};
+    CountedHandle counted{};
 };
 
-} // namespace platform
-
-namespace simulated {
-
 namespace {
-
-using namespace std::chrono_literals;
-using platform::CInternetException;
-using platform::EInternetOption;
-using platform::InternetState;
 
 Answer TakeAnswer()
 {
     const auto held = internet.Hold();
     if (held->script.empty())
-        return held->server ? held->server() : Answer();
-    Answer answer = std::move(held->script.front());
+        return held->server();
+    const Answer answer = held->script.front();
     held->script.pop_front();
     return answer;
 }
@@ -63,7 +50,7 @@ Answer TakeAnswer()
 void FailIfOrdered(const InternetState& state, ENetworkStage stage)
 {
     if (state.abandoned)
-        throw CInternetException(platform::internetOperationCancelled);
+        throw CInternetException(internetOperationCancelled);
     if (state.answer->failsAt == stage)
         throw CInternetException(state.answer->error);
 }
@@ -72,10 +59,10 @@ void FailIfOrdered(const InternetState& state, ENetworkStage stage)
 // most once a stop is requested.
 void PassDelay(InternetState& state)
 {
-    std::chrono::milliseconds deadline = 0ms;
-    for (const auto option : {EInternetOption::ConnectTimeout, EInternetOption::SendTimeout,
-                              EInternetOption::ReceiveTimeout})
-        deadline += std::chrono::milliseconds(state.request.timeouts[option]);
+    auto& timeouts = state.request.timeouts;
+    const std::chrono::milliseconds deadline(timeouts[EInternetOption::ConnectTimeout] +
+                                             timeouts[EInternetOption::SendTimeout] +
+                                             timeouts[EInternetOption::ReceiveTimeout]);
     const auto untilAnswer = std::min(state.answer->delay, deadline);
     if (untilAnswer == 0ms)
         return;
@@ -85,10 +72,10 @@ void PassDelay(InternetState& state)
     {
         const auto rest = untilAnswer - std::chrono::milliseconds(GetElapsedMilliseconds() - start);
         state.abandoned = state.abandoned || rest > 1000ms;
-        WaitInVirtualTime([] { return false; }, std::min(rest, 1000ms));
+        Sleep(std::min(rest, 1000ms));
     }
     if (state.abandoned)
-        throw CInternetException(platform::internetTimeout);
+        throw CInternetException(internetTimeout);
 }
 
 void SendHead(InternetState& state)
@@ -108,12 +95,6 @@ void Close(std::shared_ptr<InternetState>& state, ENetworkStage stage)
 }
 
 } // namespace
-
-} // namespace simulated
-
-namespace platform {
-
-using namespace simulated;
 
 CInternetSession::CInternetSession(const std::wstring& agent, std::uintptr_t,
                                    const CStopSignal& stop)
@@ -166,7 +147,7 @@ std::unique_ptr<CHttpFile> CHttpConnection::OpenRequest(const std::wstring& verb
     return std::make_unique<CHttpFile>(std::move(opened));
 }
 
-void CHttpConnection::Close() { simulated::Close(state, ENetworkStage::CloseConnection); }
+void CHttpConnection::Close() { platform::Close(state, ENetworkStage::CloseConnection); }
 
 CHttpFile::CHttpFile(std::shared_ptr<InternetState> opened) noexcept : state(std::move(opened)) {}
 CHttpFile::~CHttpFile() = default;
@@ -222,7 +203,7 @@ std::size_t CHttpFile::Read(char* buffer, std::size_t count)
 }
 
 void CHttpFile::Abort() noexcept { state.reset(); }
-void CHttpFile::Close() { simulated::Close(state, ENetworkStage::CloseRequest); }
+void CHttpFile::Close() { platform::Close(state, ENetworkStage::CloseRequest); }
 
 bool GetConnectedState(const CStopSignal&, std::uint32_t& error)
 {

@@ -65,8 +65,8 @@ struct SentRequest
 struct Internet
 {
     std::deque<Answer> script;
-    std::function<Answer()> server; // answers what the script does not; none: a plain 200
-    std::vector<SentRequest> sent;  // failed sends included
+    std::function<Answer()> server = [] { return Answer(); }; // answers what the script does not
+    std::vector<SentRequest> sent;                            // failed sends included
     std::pair<bool, std::uint32_t> connected{true, 0};
     std::pair<platform::EConnectivity, std::uint32_t> connectivity{}; // and its error
     int openHandles = 0; // sessions, connections and requests

@@ -21,19 +21,13 @@ std::wstring PlaceOf(ERegistryRoot root, const std::wstring& subKey, ERegistryVi
     return place;
 }
 
-// The caller holds `registry`, here and in what follows.
-const RegistryValue* FindAt(const std::wstring& place, const std::wstring& name)
+std::optional<RegistryValue> FindAt(const std::wstring& place, const std::wstring& name)
 {
-    const auto key = registry->keys.find(place);
-    if (key == registry->keys.end())
-        return nullptr;
-    const auto value = key->second.find(name);
-    return value == key->second.end() ? nullptr : &value->second;
-}
-
-bool Refuses(ERegistryRoot root, ERegistryDenial denial)
-{
-    return registry->denials[root] == denial;
+    const auto held = registry.Hold();
+    const auto key = held->keys.find(place);
+    if (key == held->keys.end() || !key->second.contains(name))
+        return std::nullopt;
+    return key->second.at(name);
 }
 
 } // namespace
@@ -47,20 +41,17 @@ void PutRegistryValue(ERegistryRoot root, const std::wstring& subKey, ERegistryV
 std::optional<RegistryValue> FindRegistryValue(ERegistryRoot root, const std::wstring& subKey,
                                                ERegistryView view, const std::wstring& name)
 {
-    const auto held = registry.Hold();
-    const RegistryValue* found = FindAt(PlaceOf(root, subKey, view), name);
-    return found == nullptr ? std::nullopt : std::optional(*found);
+    return FindAt(PlaceOf(root, subKey, view), name);
 }
 
 std::optional<std::wstring> FindRegistryText(ERegistryRoot root, const std::wstring& subKey,
                                              ERegistryView view, const std::wstring& name)
 {
     const auto value = FindRegistryValue(root, subKey, view, name);
-    if (!value || value->type != platform::registrySz)
+    const std::wstring text = value ? text::DecodeUnits(value->bytes) : L"";
+    if (!text.ends_with(L'\0') || value->type != platform::registrySz)
         return std::nullopt;
-    std::wstring text = text::DecodeUnits(value->bytes);
-    text.resize(text.empty() ? 0 : text.size() - 1);
-    return value->bytes == TerminatedText(text) ? std::optional(text) : std::nullopt;
+    return text.substr(0, text.size() - 1);
 }
 
 void RemoveRegistryKey(ERegistryRoot root, const std::wstring& subKey, ERegistryView view)
@@ -95,8 +86,8 @@ CRegistryKey CRegistryKey::Open(ERegistryRoot root, const std::wstring& subKey,
 {
     const auto held = registry.Hold();
     const std::wstring place = PlaceOf(root, subKey, view);
-    if (!held->keys.contains(place) ||
-        (access == ERegistryAccess::All && Refuses(root, ERegistryDenial::Opening)))
+    const bool isDenied = held->denials[root] == ERegistryDenial::Opening;
+    if (!held->keys.contains(place) || (access == ERegistryAccess::All && isDenied))
         return {};
     return CRegistryKey(std::make_unique<Native>(Native{root, place, access}));
 }
@@ -107,8 +98,8 @@ CRegistryKey CRegistryKey::Create(ERegistryRoot root, const std::wstring& subKey
     const auto held = registry.Hold();
     const std::wstring place = PlaceOf(root, subKey, view);
     const bool exists = held->keys.contains(place);
-    if (Refuses(root, ERegistryDenial::Opening) ||
-        (!exists && Refuses(root, ERegistryDenial::Creating)))
+    const ERegistryDenial denial = held->denials[root];
+    if (denial == ERegistryDenial::Opening || (!exists && denial == ERegistryDenial::Creating))
         return {};
     held->keys.try_emplace(place);
     existed = exists;
@@ -117,19 +108,16 @@ CRegistryKey CRegistryKey::Create(ERegistryRoot root, const std::wstring& subKey
 
 bool CRegistryKey::QueryType(const std::wstring& name, std::uint32_t& type) const
 {
-    const auto held = registry.Hold();
-    const RegistryValue* value = native ? FindAt(native->place, name) : nullptr;
-    if (value != nullptr)
-        type = value->type;
-    return value != nullptr;
+    const auto value = native ? FindAt(native->place, name) : std::nullopt;
+    type = value ? value->type : type;
+    return value.has_value();
 }
 
 ERegistryQuery CRegistryKey::Query(const std::wstring& name, std::vector<std::uint8_t>& buffer,
                                    std::size_t& size) const
 {
-    const auto held = registry.Hold();
-    const RegistryValue* value = native ? FindAt(native->place, name) : nullptr;
-    if (value == nullptr)
+    const auto value = native ? FindAt(native->place, name) : std::nullopt;
+    if (!value)
         return ERegistryQuery::Failed;
     size = value->bytes.size();
     if (size > buffer.size())
@@ -143,7 +131,7 @@ bool CRegistryKey::Set(const std::wstring& name, std::uint32_t type,
 {
     const auto held = registry.Hold();
     const bool sets = native && native->access == ERegistryAccess::All &&
-                      !Refuses(native->root, ERegistryDenial::Setting);
+                      held->denials[native->root] != ERegistryDenial::Setting;
     if (sets)
         held->keys[native->place][name] = {type, bytes};
     return sets;

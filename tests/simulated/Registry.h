@@ -10,13 +10,10 @@
 #include <string>
 #include <vector>
 
-// The model's registry: the two roots that the module uses, with their two views. Key and value
-// names ignore case.
-//
-// Keys below "CLSID" of the classes root and below "SOFTWARE\Classes\CLSID" of the current user
-// are separate for 32-bit and 64-bit programs; all others, "CLSID" directly under the current user
-// too, are one for both. The two roots share nothing: that the real classes root also shows what
-// stands in the current user's "SOFTWARE\Classes" is not modelled.
+// The model's registry: the two roots that the module uses, with their two views. "CLSID" of the
+// classes root and "SOFTWARE\Classes\CLSID" of the current user are separate for 32-bit and 64-bit
+// programs; all other keys, "CLSID" directly under the current user too, are one for both. That the
+// real classes root also shows the current user's classes is not modelled.
 namespace simulated {
 
 using platform::ERegistryRoot;
@@ -27,34 +24,6 @@ struct RegistryValue
     std::uint32_t type;
     std::vector<std::uint8_t> bytes;
 };
-
-// The text's bytes with a terminating zero.
-inline std::vector<std::uint8_t> TerminatedText(const std::wstring& text)
-{
-    return text::EncodeUnits(text + L'\0');
-}
-
-void PutRegistryValue(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
-                      const std::wstring& name, const RegistryValue& value);
-
-// The same for a terminated text of type registrySz.
-inline void PutRegistryText(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
-                            const std::wstring& name, const std::wstring& text)
-{
-    PutRegistryValue(root, subKey, view, name, {platform::registrySz, TerminatedText(text)});
-}
-
-// Nothing where there is no such value.
-std::optional<RegistryValue> FindRegistryValue(ERegistryRoot root, const std::wstring& subKey,
-                                               ERegistryView view, const std::wstring& name);
-
-// The text of a value without its terminating zero; nothing unless it is a registrySz that ends
-// in one.
-std::optional<std::wstring> FindRegistryText(ERegistryRoot root, const std::wstring& subKey,
-                                             ERegistryView view, const std::wstring& name);
-
-// Removes a key with all keys below it.
-void RemoveRegistryKey(ERegistryRoot root, const std::wstring& subKey, ERegistryView view);
 
 // What a root refuses, in all its keys and both views. Reading always works.
 enum class ERegistryDenial
@@ -77,5 +46,32 @@ inline void SetRegistryDenial(ERegistryRoot root, ERegistryDenial denial)
 {
     registry->denials[root] = denial;
 }
+
+// The text's bytes with a terminating zero.
+inline std::vector<std::uint8_t> TerminatedText(const std::wstring& text)
+{
+    return text::EncodeUnits(text + L'\0');
+}
+
+void PutRegistryValue(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
+                      const std::wstring& name, const RegistryValue& value);
+
+// The same for a terminated text of type registrySz.
+inline void PutRegistryText(ERegistryRoot root, const std::wstring& subKey, ERegistryView view,
+                            const std::wstring& name, const std::wstring& text)
+{
+    PutRegistryValue(root, subKey, view, name, {platform::registrySz, TerminatedText(text)});
+}
+
+// Nothing where there is no such value.
+std::optional<RegistryValue> FindRegistryValue(ERegistryRoot root, const std::wstring& subKey,
+                                               ERegistryView view, const std::wstring& name);
+
+// The text of a terminated value of type registrySz.
+std::optional<std::wstring> FindRegistryText(ERegistryRoot root, const std::wstring& subKey,
+                                             ERegistryView view, const std::wstring& name);
+
+// Removes a key with all keys below it.
+void RemoveRegistryKey(ERegistryRoot root, const std::wstring& subKey, ERegistryView view);
 
 } // namespace simulated

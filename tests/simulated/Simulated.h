@@ -14,9 +14,10 @@
 // Any control may be called from any thread while the logic under test runs.
 namespace simulated {
 
+inline std::vector<std::function<void()>> resets;
+
 // Puts everything back to the state of a freshly started test: an empty disk and registry, the
 // default facts, no failures, no records. Call it before each case.
-inline std::vector<std::function<void()>> resets;
 inline void Reset()
 {
     for (const auto& reset : resets)

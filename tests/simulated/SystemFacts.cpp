@@ -1,13 +1,19 @@
 #include "tests/simulated/SystemFacts.h"
 
+#include "platform/DebugOutput.h"
 #include "platform/LastError.h"
 #include "platform/SystemPaths.h"
+#include "platform/VersionResource.h"
 #include "platform/WinApp.h"
+#include "text/Units.h"
+
+#include <tuple>
 
 namespace simulated {
 
 CState<SystemFacts> facts;
-CState<SystemPaths> paths;
+CState<NotificationArea> area;
+CState<std::vector<std::wstring>> debugOutput;
 
 } // namespace simulated
 
@@ -22,8 +28,6 @@ bool QueryVersionEx(SystemVersion& version)
     return known.has_value();
 }
 
-std::uint32_t QueryPackedVersion() { return facts->packedVersion; }
-
 bool QueryNativeArchitecture(std::uint16_t& architecture)
 {
     const auto held = facts.Hold();
@@ -32,21 +36,22 @@ bool QueryNativeArchitecture(std::uint16_t& architecture)
     return held->architecture.has_value();
 }
 
-std::uint16_t GetUserDefaultLanguageId() { return facts->languageId; }
-std::uint32_t GetAnsiCodePage() { return ansiCodePage; }
-ScreenSize GetScreenSize() { return facts->screen; }
-
 bool QueryComputerName(std::size_t limit, std::wstring& name)
 {
     const auto known = facts->computerName;
     const bool fits = known && known->size() < limit;
-    if (fits)
-        name = *known;
+    name = fits ? *known : name;
     return fits;
 }
 
+std::uint32_t QueryPackedVersion() { return facts->packedVersion; }
+std::uint16_t GetUserDefaultLanguageId() { return facts->languageId; }
+std::uint32_t GetAnsiCodePage() { return ansiCodePage; }
+ScreenSize GetScreenSize() { return facts->screen; }
 ProcessorVendor QueryProcessorVendor() { return {0x6C65746E, 0x49656E69}; } // "ntel", "ineI"
 std::vector<NetworkAdapter> ListNetworkAdapters() { return facts->adapters; }
+void SeedRandom(std::uint32_t seed) { facts->seeds.push_back(seed); }
+std::int32_t DrawRandom() { return facts->draw; }
 
 // Takes for letters what has two cases.
 bool IsAlphanumeric(wchar_t unit)
@@ -57,17 +62,54 @@ bool IsAlphanumeric(wchar_t unit)
     return cases[0] != cases[1] || (unit >= L'0' && unit <= L'9');
 }
 
-void SeedRandom(std::uint32_t seed) { facts->seeds.push_back(seed); }
-std::int32_t DrawRandom() { return facts->draw; }
-
 std::wstring GetHostExecutablePath(std::size_t limit)
 {
-    return limit == 0 ? std::wstring() : paths->executable.substr(0, limit - 1);
+    return limit == 0 ? std::wstring() : facts->executable.substr(0, limit - 1);
 }
 
-std::wstring GetSpecialFolder(int folderId) { return paths->specialFolders[folderId]; }
+std::wstring GetSpecialFolder(int folderId) { return facts->specialFolders[folderId]; }
 
-// --- the process -------------------------------------------------------------------------------
+// The block holds nothing but the path of its file.
+CVersionResource::CVersionResource(const std::wstring& filePath)
+{
+    const auto held = facts.Hold();
+    ++held->versionReads;
+    if (held->versionInfos.contains(filePath))
+        block = text::EncodeUnits(filePath);
+}
+
+bool CVersionResource::QueryFirstTranslation(std::uint16_t& language, std::uint16_t& codePage) const
+{
+    const auto known = facts->versionInfos[text::DecodeUnits(block)].translations;
+    if (!known.empty())
+        std::tie(language, codePage) = known.front();
+    return !known.empty();
+}
+
+std::wstring CVersionResource::QueryText(const std::wstring& path) const
+{
+    return facts->versionInfos[text::DecodeUnits(block)].texts[path];
+}
+
+void WriteDebugOutput(const std::wstring& line) noexcept { debugOutput->push_back(line); }
+
+struct CNotificationIcon::Native
+{
+    std::uint32_t id;
+};
+
+CNotificationIcon::CNotificationIcon(const NotificationIconOptions& options, const CStopSignal&)
+    : native(new Native{options.id})
+{
+    area->icons.emplace(options.id, options);
+}
+
+CNotificationIcon::~CNotificationIcon() { area->icons.erase(native->id); }
+
+void CNotificationIcon::ShowBalloon(const std::wstring& title, const std::wstring& text)
+{
+    area->balloons.emplace_back(title, text);
+}
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <list>
+#include <map>
 #include <mutex>
 #include <thread>
 
@@ -28,18 +28,16 @@ constexpr std::chrono::milliseconds unlimited(-1);
 struct Waiter
 {
     const std::function<bool()>& ready;
-    std::int64_t due;
     bool released = false;
 };
 
 struct Time
 {
     Time() { resets.emplace_back(&ResetTime); }
-
     std::mutex mutex; // of whatever a wait may wait for
     std::condition_variable changed;
-    std::list<Waiter*> waiters; // workers that wait
-    int running = 0;            // workers that do not
+    std::multimap<std::int64_t, Waiter*> waiters; // workers that wait, by when they are due
+    int running = 0;                              // workers that do not
     std::atomic<int> wakeUps{0};
     std::atomic<EThreads> threads{EThreads::Run};
     std::atomic<std::int64_t> now{0};
@@ -53,12 +51,13 @@ thread_local bool isWorker = false;
 // Lets the waiters go whose condition holds or whose time has come.
 void ReleaseWaiters()
 {
-    timeline.waiters.remove_if([](Waiter* waiter) {
-        waiter->released = waiter->due <= timeline.now || waiter->ready();
-        timeline.running += waiter->released;
-        timeline.wakeUps += waiter->released;
+    const auto released = std::erase_if(timeline.waiters, [](const auto& entry) {
+        const auto& [due, waiter] = entry;
+        waiter->released = due <= timeline.now || waiter->ready();
         return waiter->released;
     });
+    timeline.running += static_cast<int>(released);
+    timeline.wakeUps += static_cast<int>(released);
     timeline.changed.notify_all();
 }
 
@@ -71,13 +70,7 @@ void ChangeAndWake(const Change& change)
     ReleaseWaiters();
 }
 
-std::int64_t FindNextDue()
-{
-    std::int64_t next = never;
-    for (const Waiter* waiter : timeline.waiters)
-        next = std::min(next, waiter->due);
-    return next;
-}
+std::atomic<bool>& GetFlag(void* event) noexcept { return *static_cast<std::atomic<bool>*>(event); }
 
 // A test's wait: time passes until `ready` holds or `due` has come.
 bool DriveUntil(std::unique_lock<std::mutex>& lock, const std::function<bool()>& ready,
@@ -89,7 +82,8 @@ bool DriveUntil(std::unique_lock<std::mutex>& lock, const std::function<bool()>&
     };
     for (bool isOver = false; !settle() && !isOver; isOver = timeline.now >= due)
     {
-        const std::int64_t next = std::min(due, FindNextDue());
+        const auto first = timeline.waiters.begin();
+        const auto next = std::min(due, first == timeline.waiters.end() ? never : first->first);
         if (next == never)
         {
             std::fputs("simulated Windows: everybody waits for ever\n", stderr);
@@ -111,8 +105,8 @@ bool WaitInVirtualTime(const std::function<bool()>& ready, std::chrono::millisec
     const std::int64_t due = limit == unlimited ? never : timeline.now + limit.count();
     if (!isWorker)
         return DriveUntil(lock, ready, due);
-    Waiter waiter{ready, due};
-    timeline.waiters.push_back(&waiter);
+    Waiter waiter{ready};
+    timeline.waiters.emplace(due, &waiter);
     --timeline.running;
     timeline.changed.notify_all();
     timeline.changed.wait(lock, [&] { return waiter.released; });
@@ -161,7 +155,6 @@ namespace platform {
 using namespace simulated;
 
 std::int64_t GetUnixTime() { return timeline.unixStart + timeline.now / 1000; }
-
 std::uint32_t GetTickMilliseconds()
 {
     return timeline.tickStart + static_cast<std::uint32_t>(timeline.now);
@@ -175,12 +168,6 @@ void Sleep(std::chrono::milliseconds duration)
 }
 
 // --- stop signals ------------------------------------------------------------------------------
-
-namespace {
-
-std::atomic<bool>& GetFlag(void* event) noexcept { return *static_cast<std::atomic<bool>*>(event); }
-
-} // namespace
 
 CStopSignal::CStopSignal() : event(new std::atomic<bool>(false)) {}
 CStopSignal::~CStopSignal() { delete &GetFlag(event); }

@@ -1,8 +1,8 @@
 #include "net/CZoHTTPComunicator.h"
 #include "platform/LastError.h"
 #include "tests/simulated/Internet.h"
-#include "tests/simulated/Output.h"
 #include "tests/simulated/Simulated.h"
+#include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/VirtualTime.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,6 @@
 #include "env/InstallConfig.h"
 #include "env/ProcessCache.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/ProfileFile.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
 
@@ -36,15 +35,15 @@ TEST_F(ConfigurationTest, FindsTheHostOnceItIsThere)
     for (const auto& c : cases)
     {
         env::ResetProcessCache();
-        simulated::paths->executable = c.executable;
+        simulated::facts->executable = c.executable;
         EXPECT_EQ(env::GetApplicationFolder(), c.folder);
         EXPECT_EQ(env::GetApplicationFilePath(), c.executable);
-        simulated::paths->executable = L"D:\\Other.exe";
+        simulated::facts->executable = L"D:\\Other.exe";
         EXPECT_EQ(env::GetApplicationFolder(), c.folder);
         EXPECT_EQ(env::GetApplicationFilePath(), c.executableLater);
     }
     EXPECT_EQ(env::GetSuiteFolder(), L"C:\\ProgramData\\\\veltrano");
-    simulated::paths->specialFolders[35] = L"";
+    simulated::facts->specialFolders[35] = L"";
     EXPECT_EQ(env::GetSuiteFolder(), L"C:\\ProgramData\\\\veltrano") << "asked once";
     env::ResetProcessCache();
     EXPECT_EQ(env::GetSuiteFolder(), L"\\\\?\\veltrano") << "no server's name";

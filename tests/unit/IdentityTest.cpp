@@ -4,11 +4,9 @@
 #include "env/RegistryValues.h"
 #include "platform/Thread.h"
 #include "tests/simulated/Files.h"
-#include "tests/simulated/ProfileFile.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
-#include "tests/simulated/VersionResource.h"
 #include "tests/simulated/VirtualTime.h"
 
 #include <gtest/gtest.h>
@@ -162,7 +160,7 @@ TEST_F(IdentityTest, DerivesAProductUserIdAndKeepsTheHosts)
     EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
     SetHostName(L"Optimizer Pro");
     EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
-    EXPECT_EQ(simulated::versionResources->reads, 1u);
+    EXPECT_EQ(simulated::facts->versionReads, 1u);
 }
 
 TEST_F(IdentityTest, WaitsWhileAnotherThreadComputesAProductUserId)

@@ -7,7 +7,6 @@
 #include "tests/simulated/Files.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
-#include "tests/simulated/VersionResource.h"
 
 #include <gtest/gtest.h>
 

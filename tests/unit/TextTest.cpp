@@ -1,7 +1,7 @@
 #include "env/Text.h"
 #include "platform/TraceMessage.h"
-#include "tests/simulated/Output.h"
 #include "tests/simulated/Simulated.h"
+#include "tests/simulated/SystemFacts.h"
 #include "text/Decimal.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,6 @@
 #include "tests/simulated/Files.h"
-#include "tests/simulated/Output.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
-#include "tests/simulated/VersionResource.h"
 #include "tests/unit/trackers/TrackerFixture.h"
 #include "text/Case.h"
 
@@ -126,11 +124,11 @@ protected:
     PrivacyTest()
     {
         simulated::registry.Reset();
-        simulated::paths->executable = L"C:\\Users\\Marie Curie\\Apps\\Desk.exe";
-        simulated::paths->specialFolders[35] = L"D:\\Marie\\All";
+        simulated::facts->executable = L"C:\\Users\\Marie Curie\\Apps\\Desk.exe";
+        simulated::facts->specialFolders[35] = L"D:\\Marie\\All";
         simulated::facts->computerName = L"CURIE-PC";
         simulated::facts->adapters = {{6, "10.1.2.3", {0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F}}};
-        simulated::SetVersionInfo(simulated::paths->executable,
+        simulated::SetVersionInfo(simulated::facts->executable,
                                   {{{0x409, 1200}},
                                    {{L"\\StringFileInfo\\040904b0\\ProductName", L"Tidy Desk"},
                                     {L"\\StringFileInfo\\040904b0\\ProductVersion", L"3.2.1"}}});
@@ -233,7 +231,7 @@ TEST_P(PrivacyTest, NeitherRequestsNorTracesTellOfTheUserOrTheMachine)
             simulated::AddAnswer(answer);
         }
         SayAll();
-        tracker->Initialize(simulated::paths->executable.c_str());
+        tracker->Initialize(simulated::facts->executable.c_str());
         simulated::AdvanceTime(60s);
         tracker.reset();
         for (const auto root :

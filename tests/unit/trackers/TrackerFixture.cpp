@@ -4,7 +4,7 @@
 #include "tests/simulated/Files.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/Simulated.h"
-#include "tests/simulated/VersionResource.h"
+#include "tests/simulated/SystemFacts.h"
 #include "trackers/classic/CZoTracker.h"
 #include "trackers/kpi/CZoTrackerPiWik.h"
 #include "trackers/ua/CZoTrackerUA.h"

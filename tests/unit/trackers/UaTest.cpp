@@ -1,5 +1,4 @@
 #include "tests/simulated/Files.h"
-#include "tests/simulated/Output.h"
 #include "tests/simulated/Registry.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/VirtualTime.h"
