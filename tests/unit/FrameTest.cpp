@@ -1,10 +1,10 @@
+#include "frame/HitQueue.h"
 #include "frame/Hits.h"
 #include "frame/StatsSampling.h"
 #include "frame/TrackerBase.h"
 #include "frame/UserAgent.h"
 #include "frame/WorkerThread.h"
 #include "platform/StopSignal.h"
-#include "platform/SystemException.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
 #include "tests/simulated/VirtualTime.h"
@@ -12,10 +12,31 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <vector>
+#include <deque>
+#include <thread>
 
 using namespace frame;
 using namespace std::chrono_literals;
+
+namespace {
+
+std::atomic<int> liveArrays = 0; // the queue's blocks are arrays
+
+} // namespace
+
+void* operator new[](std::size_t size)
+{
+    ++liveArrays;
+    return operator new(size);
+}
+
+void operator delete[](void* array) noexcept
+{
+    --liveArrays;
+    operator delete(array);
+}
+
+void operator delete[](void* array, std::size_t) noexcept { operator delete[](array); }
 
 namespace {
 
@@ -25,27 +46,15 @@ protected:
     FrameTest() { simulated::Reset(); }
 };
 
-TEST(EventExArguments, KeepOnlyNumericValues)
-{
-    const struct
-    {
-        const wchar_t *value, *sent;
-    } cases[] = {{L"", L""},   {L"12", L"12"}, {L"0", L"0"},   {L"x1", L""},       {L"abc", L""},
-                 {L"00", L""}, {L"-3", L"-3"}, {L" 5", L" 5"}, {L"12ab", L"12ab"}, {L"0.5", L""}};
-    for (const auto& c : cases)
-        EXPECT_EQ(MakeEventExHit(L"", L"", L"", c.value, L"", true).field1, c.sent) << c.value;
-}
-
 struct Work : ThreadParam
 {
     platform::CStopSignal stop;
-    std::chrono::milliseconds duration{0};
     int runs = 0;
 
     static std::uint32_t Run(ThreadParam* parameter)
     {
         auto& work = dynamic_cast<Work&>(*parameter);
-        work.stop.Wait(work.duration);
+        work.stop.Wait(100ms);
         ++work.runs;
         return 0;
     }
@@ -54,16 +63,13 @@ struct Work : ThreadParam
 TEST_F(FrameTest, WorkerThreadRunsOneRoutineAtATime)
 {
     Work work;
-    work.duration = 100ms;
     CWorkerThread thread(&Work::Run, &work, L"name", &noCrashReporting);
     EXPECT_EQ(thread.GetProgress(), 0u);
     EXPECT_TRUE(thread.Start());
     EXPECT_FALSE(thread.Start());
     simulated::SettleWorkers();
-    EXPECT_TRUE(thread.IsRunning());
     EXPECT_EQ(thread.GetProgress(), 1u);
     simulated::AdvanceTime(100ms);
-    EXPECT_FALSE(thread.IsRunning());
     EXPECT_EQ(thread.GetProgress(), 100u);
     EXPECT_TRUE(thread.Start()) << "a finished thread makes room for the next";
     EXPECT_TRUE(thread.Join());
@@ -108,6 +114,15 @@ TEST_F(FrameTest, WithoutAWorkerNoHitIsKept)
     }
 }
 
+TEST_F(FrameTest, WhatTheHostSaysIsCleaned)
+{
+    for (const wchar_t* kept : {L"", L"12", L"0", L"-3", L" 5", L"12ab"})
+        EXPECT_EQ(MakeEventExHit(L"", L"", L"", kept, L"", true).field1, kept);
+    for (const wchar_t* dropped : {L"x1", L"00", L"0.5"})
+        EXPECT_EQ(MakeEventExHit(L"", L"", L"", dropped, L"", true).field1, L"") << dropped;
+    EXPECT_EQ(FormatUserAgentHeader(L"a\r\nX-Evil: 1\t"), L"User-Agent: a  X-Evil: 1 \r\n");
+}
+
 TEST_F(FrameTest, StatsAreSentInTheEighthTenthOfTheDraws)
 {
     simulated::SetUnixTime(1'234'567'890);
@@ -115,14 +130,58 @@ TEST_F(FrameTest, StatsAreSentInTheEighthTenthOfTheDraws)
     {
         simulated::facts->draw = {draw};
         EXPECT_EQ(DrawDropsStatsEvents(), draw != 22937 && draw != 26213) << draw;
-        EXPECT_EQ(std::exchange(simulated::facts->seeds, {}),
-                  std::vector<std::uint32_t>{1'234'567'890});
+    }
+    EXPECT_EQ(simulated::facts->seeds, std::vector<std::uint32_t>(6, 1'234'567'890));
+}
+
+// Hits of all sizes: empty ones, such as fill a block of 16 KiB just so or miss it by a unit, and
+// such as need a block of their own. Two are appended for each one taken, then the rest is taken.
+TEST(HitQueue, GivesBackHitsOfAnySizeAndTheirMemory)
+{
+    constexpr std::size_t room = (16 * 1024 - 24) / sizeof(wchar_t);
+    constexpr std::size_t sizes[] = {0,        1,    2,        40,       room / 2, room - 1,
+                                     room / 3, room, room + 1, 5 * room, 3};
+    const int arrays = liveArrays;
+    CHitQueue queue;
+    std::deque<TrackingHit> expected;
+    for (std::size_t i = 0; i < 1000; ++i)
+    {
+        const std::size_t size = sizes[i * 7 % std::size(sizes)];
+        TrackingHit hit{static_cast<EHitType>(1 + i % 6), std::wstring(size / 2, L'a')};
+        hit.field3.append(size / 3, static_cast<wchar_t>(i));
+        hit.field5.append(size - size / 2 - size / 3, L'z');
+        hit.onceOnly = i % 4 == 0;
+        queue.Append(ViewHit(hit));
+        expected.push_back(hit);
+        const bool isLast = i % 500 == 499;
+        EXPECT_TRUE(!isLast || liveArrays > arrays + 100);
+        for (std::size_t left = isLast ? 0 : expected.size() - i % 2; expected.size() > left;)
+        {
+            EXPECT_EQ(queue.Take(), expected.front());
+            expected.pop_front();
+        }
+        EXPECT_TRUE(!isLast || queue.Take() == TrackingHit());
+        EXPECT_TRUE(!isLast || liveArrays <= arrays + 1) << "an idle queue keeps one block";
     }
 }
 
-TEST(UserAgent, CannotEndItsHeader)
+TEST(HitQueue, KeepsTheOrderOfEachThread)
 {
-    EXPECT_EQ(FormatUserAgentHeader(L"a\r\nX-Evil: 1\t"), L"User-Agent: a  X-Evil: 1 \r\n");
+    constexpr int perThread = 2000;
+    CHitQueue queue;
+    const auto report = [&](wchar_t name) {
+        for (int i = 0; i < perThread; ++i)
+            queue.Append(MakeMessageHit(name + std::to_wstring(i)));
+    };
+    std::thread other(report, L'a');
+    report(L'b');
+    int next[2] = {};
+    while (next[0] + next[1] < 2 * perThread)
+        if (const TrackingHit hit = queue.Take(); hit.type != EHitType::None)
+        {
+            EXPECT_EQ(hit.field5.substr(1), std::to_wstring(next[hit.field5[0] - L'a']++));
+        }
+    other.join();
 }
 
 } // namespace

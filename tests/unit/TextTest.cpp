@@ -1,4 +1,5 @@
 #include "env/Text.h"
+#include "net/Md5.h"
 #include "platform/TraceMessage.h"
 #include "tests/simulated/Simulated.h"
 #include "tests/simulated/SystemFacts.h"
@@ -6,15 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace {
 
-class TextTest : public testing::Test
-{
-protected:
-    void SetUp() override { simulated::Reset(); }
-};
-
-TEST_F(TextTest, ConvertsBetweenUnitsAndUtf8)
+TEST(Text, ConvertsBetweenUnitsAndUtf8)
 {
     // "ü€😀" and a zero, the third character as a surrogate pair.
     const std::wstring units(L"\x00FC\x20AC\xD83D\xDE00\0z", 6);
@@ -22,11 +19,8 @@ TEST_F(TextTest, ConvertsBetweenUnitsAndUtf8)
     EXPECT_EQ(env::Utf16ToUtf8(units), bytes);
     EXPECT_EQ(env::Utf8ToUtf16(bytes), units);
     EXPECT_EQ(env::Md5OfText(units), L"267ea7ce5d600bbfc13a075d494f7617"); // up to the zero
-}
 
-TEST_F(TextTest, ReadsOneLengthInTheDefaultCodePage)
-{
-    // The euro sign: one unit in UTF-8, three in the default code page.
+    // One length is read in the default code page, where the euro sign has three units.
     const std::string euro = "\xE2\x82\xAC";
     const std::string filler(65'532, 'x');
     EXPECT_EQ(env::Utf8ToUtf16(filler + euro).substr(65'532), L"\x00E2\x201A\x00AC");
@@ -34,61 +28,70 @@ TEST_F(TextTest, ReadsOneLengthInTheDefaultCodePage)
     EXPECT_EQ(env::Utf8ToUtf16(filler + "x" + euro).substr(65'533), L"\x20AC");
 }
 
-TEST_F(TextTest, EscapesQueryValuesUnitByUnit)
+TEST(Text, EscapesQueryValuesUnitByUnit)
 {
-    const struct
-    {
-        std::wstring text;
-        bool keepAlphanumerics;
-        const wchar_t* expected;
-    } cases[] = {
-        {L"azAZ09", true, L"azAZ09"},
-        {L"A1", false, L"%41%31"},
-        {L"\t\n", true, L"%9%A"},
-        {L"/0:9@A[`a{z", true, L"%2F0%3A9%40A%5B%60a%7Bz"},
-        {L"\x7F\x80\xA0", true, L"%7F%80%A0"},
+    const std::tuple<std::wstring, bool, const wchar_t*> cases[] = {
+        {L"/09:@AZ[`az{", true, L"%2F09%3A%40AZ%5B%60az%7B"},
+        {std::wstring(L"\t\n\0", 3), true, L"%9%A%0"},
+        {L"\x7F\x80\xA0\xD83D", true, L"%7F%80%A0%D83D"},
         {L"\x00E9\x0416", true, L"\x00E9\x0416"}, // letters beyond ASCII stay, as they are
-        {L"\x20AC\x0FFF\x0100", false, L"%20AC%FFF%100"},
-        {L"\xD83D\xDE00", true, L"%D83D%DE00"},
-        {std::wstring(1, L'\0'), true, L"%0"},
+        {L"A1\x20AC\x0FFF\x0100", false, L"%41%31%20AC%FFF%100"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(env::EncodeQueryText(c.text, c.keepAlphanumerics), c.expected) << c.text;
+    for (const auto& [text, keepAlphanumerics, expected] : cases)
+        EXPECT_EQ(env::EncodeQueryText(text, keepAlphanumerics), expected) << text;
 }
 
-TEST_F(TextTest, ReadsLeadingDecimals)
+TEST(Text, ReadsLeadingDecimals)
 {
-    const struct
-    {
-        const wchar_t* text;
-        std::int32_t number;
-        std::int64_t wide;
-    } cases[] = {
+    const std::tuple<const wchar_t*, std::int32_t, std::int64_t> cases[] = {
         {L" \t\n\v\f\r+7", 7, 7},
         {L"-5 6", -5, -5},
-        {L"- 5", 0, 0},
         {L"+-5", 0, 0},
         {L"2147483648", INT32_MAX, 2147483648},
         {L"-2147483649", INT32_MIN, -2147483649},
         {L"9223372036854775808", INT32_MAX, INT64_MAX},
         {L"-99999999999999999999999", INT32_MIN, INT64_MIN},
     };
-    for (const auto& c : cases)
+    for (const auto& [text, number, wide] : cases)
     {
-        EXPECT_EQ(text::ReadDecimal(c.text), c.number) << c.text;
-        EXPECT_EQ(text::ReadDecimal64(c.text), c.wide) << c.text;
+        EXPECT_EQ(text::ReadDecimal(text), number) << text;
+        EXPECT_EQ(text::ReadDecimal64(text), wide) << text;
     }
 }
 
-TEST_F(TextTest, TracesLinesOfBoundedLength)
+TEST(Text, TracesLinesOfBoundedLength)
 {
-    platform::TraceMessage(3, L"HTTPCOM: inncorrect URL %s", L"ftp://a");
+    simulated::Reset();
     platform::TraceMessage(9, L"%s", std::wstring(1024, L'x'));
     platform::TraceMessage(9, L"%s", std::wstring(1025, L'x'));
     const std::wstring longest = L"ZoTracker 9 " + std::wstring(1024, L'x') + L"\n";
-    EXPECT_EQ(simulated::TakeDebugOutput(),
-              (std::vector<std::wstring>{L"ZoTracker 3 HTTPCOM: inncorrect URL ftp://a\n", longest,
-                                         longest}));
+    EXPECT_EQ(simulated::TakeDebugOutput(), std::vector<std::wstring>(2, longest));
+}
+
+TEST(Md5, TakesAMessageInPiecesOfAnySizeAndKeepsNothingButTheDigest)
+{
+    const std::pair<std::string, const wchar_t*> cases[] = {
+        {"", L"d41d8cd98f00b204e9800998ecf8427e"},
+        {"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789",
+         L"d174ab98d277d9f5a5611c2c9f419d9f"},
+        {std::string(55, 'a'), L"ef1772b6dff9a122358552954ad0df65"},
+        {std::string(56, 'a'), L"3b0c8ac703f828b04c6c197006d17218"},
+        {std::string(64, 'a'), L"014842d480b571495a4a0363793f7367"},
+        {std::string(1000, 'a'), L"cabe45dcc9ae5b66ba86600cca6b8ba8"}};
+    for (const auto& [message, digest] : cases)
+        for (const std::size_t piece : {1u, 63u, 65u, 128u, 1000u})
+        {
+            net::Md5Context context;
+            context.Initialize();
+            const std::vector<std::uint8_t> bytes(message.begin(), message.end());
+            for (std::size_t at = 0; at < bytes.size(); at += piece)
+                context.Update(std::span(bytes).subspan(at, std::min(piece, bytes.size() - at)));
+            context.Finish();
+            EXPECT_EQ(net::DigestToHex(context.digest), digest) << piece << " of " << message;
+            EXPECT_EQ(context.state, (std::array<std::uint32_t, 4>{}));
+            EXPECT_EQ(context.bitCount, (std::array<std::uint32_t, 2>{}));
+            EXPECT_EQ(context.block, (std::array<std::uint8_t, 64>{}));
+        }
 }
 
 } // namespace

@@ -1,11 +1,10 @@
-#include "tests/simulated/Files.h"
-#include "tests/simulated/SystemFacts.h"
+#include "app/ModuleTrackers.h"
+#include "app/ZoTrackerApp.h"
 #include "tests/unit/trackers/TrackerFixture.h"
+#include "zotracker/Exports.h"
 
 #include <algorithm>
 #include <thread>
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -31,14 +30,7 @@ protected:
     }
 };
 
-std::string NameKind(const testing::TestParamInfo<EKind>& test)
-{
-    const char* const names[] = {"Classic", "Ua", "Kpi"};
-    return names[static_cast<std::size_t>(test.param)];
-}
-
-INSTANTIATE_TEST_SUITE_P(All, TrackersTest, testing::Values(EKind::Classic, EKind::Ua, EKind::Kpi),
-                         NameKind);
+INSTANTIATE_TEST_SUITE_P(All, TrackersTest, testing::Values(EKind::Classic, EKind::Ua, EKind::Kpi));
 
 TEST_P(TrackersTest, TakeTheirNameFromTheHostOrTheConfiguration)
 {
@@ -47,67 +39,44 @@ TEST_P(TrackersTest, TakeTheirNameFromTheHostOrTheConfiguration)
     EXPECT_EQ(tracker->GetProductName(), L"First");
     tracker->SetProductName(L"Given");
     EXPECT_EQ(tracker->GetProductName(), L"Given");
-    PutConfig("ProductName=Second\r\n");
-    tracker->SetProductName(L"");
-    EXPECT_EQ(tracker->GetProductName(), L"Second");
     PutConfig("");
     tracker->SetProductName(nullptr);
     EXPECT_EQ(tracker->GetProductName(), Of<std::wstring>({L"Tidy Desk", L"Tidy Desk", L""}));
 }
 
-TEST_P(TrackersTest, IgnoreAHostPathThatIsNone)
-{
-    PutOtherHosts("ProductName=Other Name\r\n");
-    StartTracker();
-    for (const wchar_t* path : {static_cast<const wchar_t*>(nullptr), L"", L"C:\\Other\\no.exe"})
-    {
-        tracker->Initialize(path);
-        EXPECT_EQ(tracker->GetProductName(), L"Disk Tool");
-        tracker->SetProductName(L"");
-        EXPECT_EQ(tracker->GetProductName(), L"Disk Tool");
-    }
-}
-
 TEST_P(TrackersTest, ReadBesideTheHostsPathAgain)
 {
-    PutOtherHosts("PHASH=other\r\n");
+    PutOtherHosts("PHASH=other\r\nProductName=Other\r\n");
     simulated::PutFile(L"app.exe", "x");
     PutConfig("PHASH=nowhere\r\n", uaSection, L"install.cfg");
-    const struct
-    {
-        const wchar_t *path, *phash;
-    } cases[] = {{L"C:\\Other\\app.exe", L"other"},
-                 {L"C:/Other/app.exe", L"other"},
-                 {L"app.exe", L"ab%201"}};
-    for (const auto& c : cases)
+    const wchar_t* const cases[][2] = {{L"C:\\Other\\app.exe", L"other"},
+                                       {L"C:/Other/app.exe", L"other"},
+                                       {L"app.exe", L"ab%201"},
+                                       {L"C:\\Other\\no.exe", L"ab%201"},
+                                       {nullptr, L"ab%201"}};
+    for (const auto& [path, phash] : cases)
     {
         StartTracker();
-        tracker->Initialize(c.path);
+        tracker->Initialize(path);
         tracker->TrackPurchase(L"", L"", 1, L"o", 1);
         simulated::AdvanceTime(4s);
         const Texts found = GetValues(Of<std::wstring>({L"utmtst", L"ta", L"_rcn"}));
-        EXPECT_NE(std::find(found.begin(), found.end(), c.phash), found.end()) << c.path;
+        EXPECT_NE(std::find(found.begin(), found.end(), phash), found.end()) << phash;
     }
 }
 
-TEST_P(TrackersTest, SendNothingWhileDisabled)
+TEST_P(TrackersTest, SendWhatComesOnceTheyAreEnabled)
 {
-    for (const std::string value : {"0", "2", "", "1"})
-    {
-        const bool enabled = value == "1";
-        simulated::PutFile(configPath, "[install]\r\ntracking=" + value +
-                                           "\r\n[UA]\r\nId=U\r\nEnabled=" + value);
-        StartTracker();
-        EXPECT_EQ(tracker->IsTrackingEnabled(), enabled) << value;
-        for (int i = 0; i < 3; ++i)
-            tracker->TrackPageview();
-        simulated::AdvanceTime(5s);
-        EXPECT_EQ(GetTimes().size(), enabled ? 3u : 0u) << value;
-        tracker->SetTrackingEnabled(true);
-        simulated::AdvanceTime(4s);
-        const auto late = Of<std::size_t>({2, 2, 1}); // a third hit, or the report only
-        EXPECT_EQ(GetTimes().size(), enabled ? 3u : late) << value;
-    }
+    simulated::PutFile(configPath, "[install]\r\ntracking=0\r\n[UA]\r\nId=U\r\nEnabled=0\r\n");
+    StartTracker();
+    for (int i = 0; i < 3; ++i)
+        tracker->TrackPageview();
+    simulated::AdvanceTime(5s);
+    EXPECT_EQ(GetTimes(), Times{});
+    tracker->SetTrackingEnabled(true);
+    simulated::AdvanceTime(4s);
+    // A third hit, or the report only.
+    EXPECT_EQ(GetTimes(), Of<Times>({{6000, 6100}, {6000, 6050}, {6000}}));
 }
 
 TEST_P(TrackersTest, WriteAndReportThatTheHostSwitchesThem)
@@ -117,41 +86,29 @@ TEST_P(TrackersTest, WriteAndReportThatTheHostSwitchesThem)
         return std::string("[install]\r\ntracking=") + tracking + "\r\n[UA]\r\nEnabled=" + enabled +
                "\r\nId=UA-1\r\n";
     };
-    const struct
-    {
-        bool wanted, enabled;
-        char written;
-    } steps[] = {{false, false, '2'},
-                 {true, true, '1'},
-                 {true, true, '1'},
-                 {false, !isUa, '0'}, // so that the event still goes out
-                 {true, true, '1'}};
+    const std::tuple<bool, bool, char> steps[] = {
+        {false, false, '2'},
+        {true, true, '1'},
+        {true, true, '1'},
+        {false, !isUa, '0'}, // so that the event still goes out
+        {true, true, '1'}};
     simulated::PutFile(configPath, makeConfig('2', '2'));
     StartTracker();
-    for (const auto& step : steps)
+    for (const auto& [wanted, enabled, written] : steps)
     {
-        tracker->SetTrackingEnabled(step.wanted);
-        EXPECT_EQ(tracker->IsTrackingEnabled(), step.enabled) << step.written;
-        EXPECT_EQ(simulated::ReadFileBytes(configPath),
-                  makeConfig(step.written, isUa ? step.written : '2'));
+        tracker->SetTrackingEnabled(wanted);
+        EXPECT_EQ(tracker->IsTrackingEnabled(), enabled) << written;
+        EXPECT_EQ(simulated::ReadFileBytes(configPath), makeConfig(written, isUa ? written : '2'));
     }
     simulated::AdvanceTime(4s);
-    EXPECT_EQ(GetValues(Of<std::wstring>({L"utme", L"ea", L"e_a"})),
-              Of<Texts>({{L"-", L"5(TRACKER*ACTIVATED*)(1)", L"5(TRACKER*DEACTIVATED*)(1)",
-                          L"5(TRACKER*ACTIVATED*)(2)"},
-                         {L"ACTIVATED", L"DEACTIVATED", L"ACTIVATED"},
-                         {L"ACTIVATED", L"DEACTIVATED", L"ACTIVATED"}}));
-    EXPECT_EQ(GetValues(L"utmp"),
-              Texts(Of<std::size_t>({4, 3, 3}), Of<std::wstring>({L"Tidy%20Desk", L"-", L"-"})));
+    EXPECT_EQ(GetTimes().size(), Of<std::size_t>({4, 3, 3})) << "the reports";
 }
 
 TEST_P(TrackersTest, RepeatAFailedHitAtMostOnceAndThenFallSilent)
 {
     PutConfig("");
     StartTracker();
-    simulated::Answer unhappy; // but delivered
-    unhappy.status = 500;
-    simulated::AddAnswer(unhappy);
+    simulated::AddAnswer({.status = 500}); // unhappy, but delivered
     Fail(1);
     for (int i = 0; i < 3; ++i)
         tracker->TrackPageview();
@@ -169,23 +126,19 @@ TEST_P(TrackersTest, RepeatAFailedHitAtMostOnceAndThenFallSilent)
 
 TEST_P(TrackersTest, SendStatsEventsInOneRunOfTen)
 {
-    const struct
-    {
-        std::int32_t draw;
-        Each<Times> times;
-    } cases[] = {
+    const std::pair<std::int32_t, Each<Times>> cases[] = {
         {0, {{2000, 2200}, {2000, 2100}, {2000, 2100, 2200}}}, // a dropped event takes its pause
         {24'000, {{2000, 2100, 2200}, {2000, 2050, 2100}, {2000, 2100, 2200}}}};
     PutConfig("");
-    for (const auto& c : cases)
+    for (const auto& [draw, times] : cases)
     {
-        simulated::facts->draw = {c.draw};
+        simulated::facts->draw = {draw};
         StartTracker();
         tracker->TrackPageview();
         for (const wchar_t* category : {L"stAts", L"statsx"})
             tracker->TrackEvent(category, L"A", L"", L"", L"");
         simulated::AdvanceTime(4s);
-        EXPECT_EQ(GetTimes(), Of(c.times)) << c.draw;
+        EXPECT_EQ(GetTimes(), Of(times)) << draw;
     }
 }
 
@@ -222,18 +175,10 @@ TEST_P(TrackersTest, WakeOnceInTwoSecondsWhileIdle)
 
 TEST_P(TrackersTest, EndWithoutWaitingForTheNetwork)
 {
-    struct End
-    {
-        std::size_t attempts;
-        std::int64_t duration;
-    };
-    const struct
-    {
-        const char* what;
-        std::chrono::milliseconds before, delay;
-        int failures;
-        Each<End> ends;
-    } cases[] = {
+    using End = std::pair<std::size_t, std::int64_t>; // attempts, milliseconds
+    using Case = std::tuple<const char*, std::chrono::milliseconds, std::chrono::milliseconds, int,
+                            Each<End>>;
+    const Case cases[] = {
         {"nothing sent yet", 70ms, 0ms, 0, {{0, 0}, {25, 0}, {25, 0}}},
         {"between two hits", 2030ms, 0ms, 0, {{1, 0}, {25, 0}, {25, 0}}},
         {"slow but answering", 70ms, 500ms, 0, {{0, 0}, {20, 10'000}, {20, 10'000}}},
@@ -244,23 +189,21 @@ TEST_P(TrackersTest, EndWithoutWaitingForTheNetwork)
         {"refusing", 70ms, 0ms, 2, {{0, 0}, {1, 0}, {2, 0}}},
     };
     PutConfig("");
-    for (const auto& c : cases)
+    for (const auto& [what, before, delay, failures, ends] : cases)
     {
         StartTracker();
-        Fail(c.failures);
-        simulated::Answer answer;
-        answer.delay = c.delay;
+        Fail(failures);
         for (int i = 0; i < 25; ++i)
         {
-            simulated::AddAnswer(answer);
+            simulated::AddAnswer({.delay = delay});
             tracker->TrackPageview();
         }
-        simulated::AdvanceTime(c.before);
-        const std::int64_t before = simulated::GetElapsedMilliseconds();
+        simulated::AdvanceTime(before);
+        const std::int64_t begin = simulated::GetElapsedMilliseconds();
         tracker.reset();
-        EXPECT_EQ(GetTimes().size(), Of(c.ends).attempts) << c.what;
-        EXPECT_EQ(simulated::GetElapsedMilliseconds() - before, Of(c.ends).duration) << c.what;
-        EXPECT_EQ(simulated::GetOpenInternetHandles(), 0) << c.what;
+        EXPECT_EQ(End(GetTimes().size(), simulated::GetElapsedMilliseconds() - begin), Of(ends))
+            << what;
+        EXPECT_EQ(simulated::GetOpenInternetHandles(), 0) << what;
     }
 }
 
@@ -294,6 +237,42 @@ TEST_P(TrackersTest, MayBeReconfiguredWhileTheyAreAtWork)
     host.join();
     simulated::AdvanceTime(20s);
     EXPECT_EQ(GetTimes().size(), Of<std::size_t>({101, 100, 100}));
+}
+
+// The application object's life is the module's.
+using MainTrackerTest = TrackerFixture;
+
+TEST_F(MainTrackerTest, ThePresenceOfAKeyChoosesItAndTheLastReferenceEndsItForGood)
+{
+    const std::tuple<const char*, bool, bool> cases[] = {
+        {"[UA]\r\nEnabled=1\r\nId=U\r\n", true, true},
+        {"[UA]\r\nEnabled=0\r\n", true, false},
+        {"[UA]\r\nEnabled=\r\n", false, true}, // no value, no key
+        {"[UA]\r\nEnabled=-1\r\n", false, false}};
+    for (const auto& [config, isUa, isReleased] : cases)
+    {
+        simulated::PutFile(configPath, config);
+        const app::CZoTrackerApp application;
+        EXPECT_EQ(app::uaTracker.Get() != nullptr, isUa) << config;
+        EXPECT_NE(app::classicTracker.Get() != nullptr, isUa) << config;
+        EXPECT_NE(GetKPITrackerInstance(), nullptr) << config;
+        ITracker* const instance = GetTrackerInstance();
+        EXPECT_EQ(GetTrackerInstance(), instance);
+        DestroyTrackerInstance();
+        EXPECT_EQ(instance->GetInterfaceVersion(), 8450u) << "one reference is left";
+        if (!isReleased)
+            continue;
+        DestroyTrackerInstance();
+        EXPECT_EQ(GetTrackerInstance(), nullptr);
+        DestroyTrackerInstance();
+        EXPECT_EQ(GetTrackerInstance(), nullptr);
+        EXPECT_NE(GetKPITrackerInstance(), nullptr) << "the other one has its own life";
+    }
+    EXPECT_EQ(GetTrackerInstance(), nullptr) << "an unload ends what is still held";
+    EXPECT_EQ(GetKPITrackerInstance(), nullptr);
+    const app::CZoTrackerApp application;
+    DestroyTrackerInstance();
+    EXPECT_EQ(GetTrackerInstance(), nullptr) << "nor does it need a reference";
 }
 
 } // namespace
