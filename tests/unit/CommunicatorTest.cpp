@@ -106,10 +106,8 @@ TEST_F(CommunicatorTest, WholeRequest)
     http.CloseSession();
     EXPECT_EQ(simulated::GetOpenInternetHandles(), 0);
     EXPECT_EQ(TakeOutcome(), L"0 0 collect.example|/collect?z=7");
-}
 
-TEST_F(CommunicatorTest, HeadersChangeOneByOneAndCannotBeSplit)
-{
+    // Headers change one by one and cannot be split.
     http.SetRequestHeaders(L"", L"", L"Agent/1\r\nX-Evil: 1");
     http.SetRequestHeaders(L"text/x\n", L"a/b", L"");
     Post("");
@@ -219,13 +217,13 @@ TEST_F(CommunicatorTest, WithoutAConnection)
     const std::wstring check = L" <9 CZoHTTPComunicator::CheckConnection() # ERROR # ";
     const std::wstring noManager = check + L"CoCreateInstance of IID_INetworkListManager failed.>";
     const std::wstring no = check + L"Call to get_IsConnectedToInternet failed.>";
-    const std::wstring exception = L" <3 HTTPCOM: ERROR CheckConnection EXCEPTION>";
     const std::wstring given = L" <3 HTTPCOM: ERROR CheckConnection>";
+    using enum EConnectivity;
     const std::pair<EConnectivity, std::wstring> cases[] = {
-        {EConnectivity::NotConnected, L"3 31" + no + given},
-        {EConnectivity::ManagerMissing, L"3 31" + noManager + no + given},
-        {EConnectivity::NoManager, L"0 0 h|/p?q=1" + noManager}, // the system calls it a success
-        {EConnectivity::Exception, L"3 31" + exception + given},
+        {NotConnected, L"3 31" + no + given},
+        {ManagerMissing, L"3 31" + noManager + no + given},
+        {NoManager, L"0 0 h|/p?q=1" + noManager}, // the system calls it a success
+        {Exception, L"3 31 <3 HTTPCOM: ERROR CheckConnection EXCEPTION>" + given},
     };
     for (const auto& [connectivity, outcome] : cases)
     {

@@ -263,15 +263,21 @@ TEST_F(EnvironmentTest, LooksForAPathWhereTheSystemMayKeepIt)
     EXPECT_FALSE(env::PathExists(L"C:\\Windows\\System32\\only64.dll"));
 }
 
-TEST_F(EnvironmentTest, ReadsProductNamesFromTheFirstTranslation)
+TEST_F(EnvironmentTest, ReadsTheProductFromTheFirstTranslationAndKeepsTheIdMadeOfIt)
 {
+    PutText(ERegistryRoot::ClassesRoot, computerKey, L"0123456789abcdef0123456789abcdef");
     EXPECT_EQ(env::GetApplicationProductVersion(), L"");
     SetVersion(L"Suite", L"1.2");
     EXPECT_EQ(env::GetApplicationProductVersion(), L"1.2");
     EXPECT_EQ(env::GetApplicationProductName(), L"Suite");
-    SetVersion(L"Suite Pro", L"1.3");
+    EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
+    SetVersion(L"Optimizer Pro", L"1.3");
     EXPECT_EQ(env::GetApplicationProductVersion(), L"1.2") << "read once per process";
-    EXPECT_EQ(env::GetApplicationProductName(), L"Suite Pro");
+    EXPECT_EQ(env::GetApplicationProductName(), L"Optimizer Pro");
+    const std::size_t reads = simulated::facts->versionReads;
+    EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
+    EXPECT_EQ(simulated::facts->versionReads, reads);
+    EXPECT_EQ(env::GetProductUserId(L"Optimizer Pro"), L"6ff80aa350188c20fcb26d7b973c065e");
     simulated::SetVersionInfo(L"C:\\App.exe",
                               {{}, {{L"\\StringFileInfo\\040904b0\\ProductName", L"Suite"}}});
     EXPECT_EQ(env::GetFileProductName(L"C:\\App.exe"), L"");
@@ -343,17 +349,6 @@ TEST_F(EnvironmentTest, ChoosesTheFirstIdentifyingAdapter)
     for (const auto& [adapters, address] : cases)
         EXPECT_EQ(env::BuildComputerIdSeed(adapters, {0x6C65746E, 0xAB}, -5, 0xFFFFFFFF),
                   address + L"6C65746E000000AB-5_4294967295");
-}
-
-TEST_F(EnvironmentTest, DerivesAProductUserIdAndKeepsTheHosts)
-{
-    PutText(ERegistryRoot::ClassesRoot, computerKey, L"0123456789abcdef0123456789abcdef");
-    EXPECT_EQ(env::GetProductUserId(L"Optimizer Pro"), L"6ff80aa350188c20fcb26d7b973c065e");
-    SetVersion(L"Suite");
-    EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
-    SetVersion(L"Optimizer Pro");
-    EXPECT_EQ(env::GetProductUserId(L""), L"cc2e63cfdf452da1d9044442a6d3fb65");
-    EXPECT_EQ(simulated::facts->versionReads, 1u);
 }
 
 TEST_F(EnvironmentTest, WaitsForTheThreadThatComputesAProductUserIdUnlessItEndedWithTheProcess)

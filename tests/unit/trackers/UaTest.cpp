@@ -120,14 +120,14 @@ TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
 TEST_F(UaTest, OneHitStartsASession)
 {
     StartTracker();
-    tracker->SetContinueSession(true);
-    SendPageview();
-    tracker->SetContinueSession(false);
-    for (int i = 0; i < 3; ++i)
-        tracker->TrackMessage(L"m");
-    simulated::AdvanceTime(4s);
-    EXPECT_EQ(GetHits(), (Texts{L"&t=pageview&dp=%2FDisk%20Tool", L"&t=pageview&dp=%2Fm&sc=start",
-                                L"&t=pageview&dp=%2Fm", L"&t=pageview&dp=%2Fm"}));
+    for (const bool continues : {true, false})
+    {
+        tracker->SetContinueSession(continues);
+        tracker->TrackPageview();
+        SendPageview();
+    }
+    const std::wstring page = L"&t=pageview&dp=%2FDisk%20Tool";
+    EXPECT_EQ(GetHits(), (Texts{page, page, page + L"&sc=start", page}));
 }
 
 TEST_F(UaTest, ClientIdIsMadeOnceAndFoundAgain)
