@@ -6,7 +6,7 @@
 #include <iterator>
 #include <optional>
 
-using fuzz::Require;
+namespace fuzz {
 
 namespace {
 
@@ -35,16 +35,13 @@ std::string BytesOf(std::wstring_view units)
 } // namespace
 
 // The first byte chooses the code page, the others are a text in it, or units for it.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void Check(FuzzInput input)
 {
     constexpr std::uint32_t pages[] = {65001, 0,     1,   1252, 1250,  1251,  932,
                                        936,   54936, 437, 850,  28591, 20127, 12345};
-    if (size == 0 || size > 4000)
-        return 0;
-    const std::uint32_t page = pages[data[0] % std::size(pages)];
-    const std::string bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
-    const std::wstring units = fuzz::ReadUnits(bytes);
-
+    const std::uint32_t page = pages[input.TakeByte() % std::size(pages)];
+    const std::string bytes(input.rest);
+    const std::wstring units = ReadUnits(bytes);
     const std::wstring decoded = text::DecodeBytes(bytes, page);
     const std::string encoded = text::EncodeBytes(units, page);
     // Text that a code page has comes back from it.
@@ -52,11 +49,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (exact.GetConversion() == VnOSAL::EConversion::Exact)
         Require(text::DecodeBytes(exact, page) == decoded, "back");
     if (page != VnOSAL::codePageUtf8)
-        return 0;
+        return;
     if (const auto expected = Convert("UTF-16LE", "UTF-8", bytes))
         Require(*expected == BytesOf(decoded), "UTF-8 read");
     if (const auto expected = Convert("UTF-8", "UTF-16LE", BytesOf(units)))
         Require(*expected == encoded, "UTF-8 written");
     Require(Convert("UTF-16LE", "UTF-8", encoded).has_value(), "valid UTF-8");
-    return 0;
 }
+
+} // namespace fuzz

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -32,28 +32,30 @@ inline std::wstring ReadUnits(std::string_view bytes)
     return units;
 }
 
-// A text cut into pieces.
-class CFuzzInput
+// A text cut into pieces; all of them are empty at its end.
+struct FuzzInput
 {
-public:
-    CFuzzInput(const std::uint8_t* data, std::size_t size)
-        : rest(reinterpret_cast<const char*>(data), size)
-    {}
-
-    bool IsEmpty() const { return rest.empty(); }
-
     // What stands in front of the next mark, or all.
     std::string_view Take(std::string_view mark = "\n")
     {
-        const std::size_t end = rest.find(mark);
-        const std::string_view taken = rest.substr(0, end);
-        rest.remove_prefix(end == rest.npos ? rest.size() : end + mark.size());
+        const std::string_view taken = rest.substr(0, rest.find(mark));
+        rest.remove_prefix(std::min(rest.size(), taken.size() + mark.size()));
         return taken;
     }
     std::wstring TakeUnits() { return ReadUnits(Take()); }
 
-private:
+    // The first byte, which chooses what is made of the others.
+    unsigned char TakeByte()
+    {
+        const char first = rest.empty() ? '\0' : rest.front();
+        rest.remove_prefix(rest.empty() ? 0 : 1);
+        return static_cast<unsigned char>(first);
+    }
+
     std::string_view rest;
 };
+
+// Each target has its own.
+void Check(FuzzInput input);
 
 } // namespace fuzz

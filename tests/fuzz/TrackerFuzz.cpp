@@ -14,12 +14,23 @@
 #include <algorithm>
 
 using namespace std::chrono_literals;
-using fuzz::Require;
+
+namespace fuzz {
 
 namespace {
 
 constexpr const wchar_t* hostPath = L"C:\\Host\\Host.exe";
 const std::wstring folders[] = {L"C:\\Content\\", L"C:\\ProgramData\\veltrano\\P\\"};
+
+void PutValueForAll(const simulated::RegistryValue& value)
+{
+    for (const wchar_t* key : {L"CLSID\\{7C2A9E14-3F60-4b8d-92E5-A1D4706B3C58}",
+                               L"CLSID\\{A3D17F52-6B0E-4C19-8E2A-5F71C03B9D64}",
+                               L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\2_P"})
+        for (const wchar_t* name : {L"ID", L"FV", L"CV", L"LV", L"SID", L"PVC"})
+            simulated::PutRegistryValue(platform::ERegistryRoot::ClassesRoot, key,
+                                        platform::ERegistryView::View32, name, value);
+}
 
 template <class Tracker, class... Names>
 void Report(const Names&... names)
@@ -37,43 +48,29 @@ void Report(const Names&... names)
 // Pieces with "\n--\n" between them: install.cfg, tallyhive.xml, tallyhive.dat and
 // tallyhivesession.dat as files, the executable's version resource as lines (its first translation
 // in hexadecimal, product name, version), a value for every key of the registry.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void Check(FuzzInput input)
 {
-    if (size > 8000)
-        return 0;
     simulated::Reset();
     env::ResetProcessCache();
-    fuzz::CFuzzInput input(data, size);
     const auto take = [&] { return std::string(input.Take("\n--\n")); };
-    const std::string config = take();
-    simulated::PutFile(L"C:\\Host\\install.cfg", config);
+    simulated::PutFile(L"C:\\Host\\install.cfg", take());
     simulated::PutFile(hostPath, "x");
-    simulated::PutFolder(folders[0]);
     for (const wchar_t* name : {L"tallyhive.xml", L"tallyhive.dat", L"tallyhivesession.dat"})
     {
         const std::string bytes = take();
         for (const std::wstring& folder : folders)
             simulated::PutFile(folder + name, bytes);
     }
-    const std::string version = take();
-    fuzz::CFuzzInput lines(reinterpret_cast<const std::uint8_t*>(version.data()), version.size());
-    const auto translation = std::strtoul(std::string(lines.Take()).c_str(), nullptr, 16);
+    FuzzInput version{input.Take("\n--\n")};
+    const auto translation = std::strtoul(std::string(version.Take()).c_str(), nullptr, 16);
     simulated::SetVersionInfo(
         hostPath,
         {{{static_cast<std::uint16_t>(translation >> 16), static_cast<std::uint16_t>(translation)}},
-         {{L"\\StringFileInfo\\040904b0\\ProductName", lines.TakeUnits()},
-          {L"\\StringFileInfo\\040904b0\\ProductVersion", lines.TakeUnits()}}});
-    const std::string value = take();
-    for (const wchar_t* key : {L"CLSID\\{7C2A9E14-3F60-4b8d-92E5-A1D4706B3C58}",
-                               L"CLSID\\{A3D17F52-6B0E-4C19-8E2A-5F71C03B9D64}",
-                               L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\2_P"})
-        for (const wchar_t* name : {L"ID", L"FV", L"CV", L"LV", L"SID", L"PVC"})
-            if (!value.empty())
-                simulated::PutRegistryValue(
-                    platform::ERegistryRoot::ClassesRoot, key, platform::ERegistryView::View32,
-                    name,
-                    {static_cast<std::uint32_t>(value[0] - '0'),
-                     std::vector<std::uint8_t>(value.begin() + 1, value.end())});
+         {{L"\\StringFileInfo\\040904b0\\ProductName", version.TakeUnits()},
+          {L"\\StringFileInfo\\040904b0\\ProductVersion", version.TakeUnits()}}});
+    if (!input.rest.empty())
+        PutValueForAll({static_cast<std::uint32_t>(input.TakeByte() - '0'),
+                        {input.rest.begin(), input.rest.end()}});
 
     Report<trackers::CZoTracker>(L"", L"", L"");
     Report<trackers::CZoTrackerUA>(L"", L"", L"");
@@ -81,11 +78,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const auto& request : simulated::GetSentRequests())
     {
         Require((request.requestFlags & platform::internetSecure) != 0, "encrypted");
-        const std::wstring& headers = request.headers;
-        Require(std::count(headers.begin(), headers.end(), L'\n') ==
-                    (request.verb == L"POST" ? 3 : 1),
+        Require(std::ranges::count(request.headers, L'\n') == (request.verb == L"POST" ? 3 : 1),
                 "headers");
     }
     Require(simulated::GetOpenInternetHandles() == 0, "closed");
-    return 0;
 }
+
+} // namespace fuzz

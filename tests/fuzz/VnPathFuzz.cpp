@@ -1,9 +1,10 @@
 #include "tests/fuzz/FuzzInput.h"
 #include "zotracker/vnosal/VnPath.h"
 
-using fuzz::Require;
 using VnOSAL::EPathForm;
 using VnOSAL::VnPath;
+
+namespace fuzz {
 
 namespace {
 
@@ -43,37 +44,16 @@ void CheckNormal(const VnPath& path)
     }
 }
 
-void CheckWay(const VnPath& path, const VnPath& base)
+// Each way to another path.
+void CheckWays(const VnPath& path, const VnPath& base)
 {
-    VnPath absolute = path;
-    absolute.MakeAbsolute(base);
+    CheckParts(VnPath(base).Join(path));
+    const VnPath absolute = VnPath(path).MakeAbsolute(base);
     Require(!base.IsAbsolute() || absolute.IsAbsolute(), "absolute");
-    VnPath again = absolute;
-    Require(again.MakeAbsolute(base).GetText() == absolute.GetText(), "absolute twice");
-    Require((path.Compare(base) < 0) == (base.Compare(path) > 0), "order");
-    Require(path.IsSame(path), "same");
-    VnPath joined = base;
-    CheckParts(joined.Join(path));
+    Require(VnPath(absolute).MakeAbsolute(base).GetText() == absolute.GetText(), "absolute twice");
     VnPath way = absolute;
     way.MakeRelative(base);
     CheckParts(way);
-}
-
-} // namespace
-
-// A path and a base, a line each.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
-{
-    fuzz::CFuzzInput input(data, size);
-    const VnPath path(input.TakeUnits());
-    const VnPath base(input.TakeUnits());
-    CheckParts(path);
-    VnPath normal = path;
-    CheckParts(normal.Normalise());
-    CheckNormal(normal);
-    VnPath again = normal;
-    Require(again.Normalise().GetText() == normal.GetText(), "normal twice");
-    CheckWay(path, base);
     VnPath extended = path;
     CheckParts(extended.MakeExtended());
     CheckParts(extended.RemoveExtended());
@@ -84,8 +64,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     VnPath renamed = path;
     CheckParts(renamed.ReplaceFileName(base.GetFileName()));
     CheckParts(renamed.ReplaceExtension(base.GetExtension()));
+}
+
+} // namespace
+
+// A path and a base, a line each.
+void Check(FuzzInput input)
+{
+    const VnPath path(input.TakeUnits());
+    const VnPath base(input.TakeUnits());
+    CheckParts(path);
+    const VnPath normal = VnPath(path).Normalise();
+    CheckParts(normal);
+    CheckNormal(normal);
+    Require(VnPath(normal).Normalise().GetText() == normal.GetText(), "normal twice");
+    CheckWays(path, base);
+    Require(path.IsSame(path), "same");
+    Require((path.Compare(base) < 0) == (base.Compare(path) > 0), "order");
+    Require(!path.IsBelow(base) || !base.IsBelow(path), "below each other");
     Require(!VnPath::IsValidFileName(path.GetText()) || path.GetText() == path.GetFileName(),
             "a file's name");
-    Require(!path.IsBelow(base) || !base.IsBelow(path), "below each other");
-    return 0;
 }
+
+} // namespace fuzz

@@ -1,15 +1,9 @@
-#include "../unit/vnosal/StringModel.h"
+#include "tests/fuzz/FuzzInput.h"
+#include "tests/unit/vnosal/StringModel.h"
 
-#include <cstdio>
-#include <cstdlib>
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+void fuzz::Check(FuzzInput input)
 {
-    const std::string fault = vnosal_test::CompareWithModel({data, size});
-    if (!fault.empty())
-    {
-        std::fprintf(stderr, "%s\n", fault.c_str());
-        std::abort();
-    }
-    return 0;
+    const auto* script = reinterpret_cast<const std::uint8_t*>(input.rest.data());
+    const std::string fault = vnosal_test::CompareWithModel({script, input.rest.size()});
+    Require(fault.empty(), fault.c_str());
 }
