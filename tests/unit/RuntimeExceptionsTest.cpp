@@ -39,9 +39,5 @@ TEST(RuntimeExceptions, AreThrownAndCaughtWithoutMemory)
         memoryIsOut = false;
         EXPECT_EQ(caught, 16);
     }
-    const auto throwWithTooMany = [] {
-        memoryIsOut = true;
-        ThrowNested(17);
-    };
-    EXPECT_DEATH(throwWithTooMany(), "");
+    EXPECT_DEATH((memoryIsOut = true, ThrowNested(17)), "");
 }
