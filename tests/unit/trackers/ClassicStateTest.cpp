@@ -144,7 +144,7 @@ TEST_F(ClassicStateTest, OddValuesCountAsTheirDefaults)
         {L"", L"2", L"", L"1", L"2"},
         {L"abc", L"1", L"abc", L"1", L"2"},
         {L"-7", L"-6", L"-7", L"1", L"2"},
-        {L"9x", L"10", L"9x", L"9x", L"10"},
+        {L"1x", L"2", L"1x", L"1x", L"2"},
         {L"99999999999", L"-2147483648", L"99999999999", L"99999999999", L"-2147483648"}};
     for (const auto& [sid, nextSid, pvc, hit, nextPvc] : cases)
     {
