@@ -11,8 +11,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Registry = CCase;
 
-// Whether the user's classes are separate too depends on the system's version; each view sees its
-// own in every one.
+// Whether the user's classes are separate too depends on the system's version.
 TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
 {
     using enum ERegistryRoot;

@@ -25,8 +25,7 @@ TEST_F(SystemFacts, TheMachineIsDescribed)
     EXPECT_GE(platform::GetScreenSize().width, 640);
     EXPECT_GE(platform::GetScreenSize().height, 480);
     const platform::ProcessorVendor vendor = platform::QueryProcessorVendor();
-    for (const std::uint32_t letters : {vendor.ecx, vendor.edx})
-        EXPECT_EQ(letters & 0xC0C0C0C0, 0x40404040u);
+    EXPECT_EQ(vendor.ecx & vendor.edx & 0x40404040, 0x40404040u) << "letters";
     for (const wchar_t unit : std::wstring_view(L"\xC0\xFF\x3C9\x410"))
         EXPECT_TRUE(platform::IsAlphanumeric(unit)) << +unit;
     for (const wchar_t unit : std::wstring_view(L"\xA0\xD7\x20AC\xD800"))

@@ -16,8 +16,7 @@ CState<Disk> disk;
 
 namespace {
 
-// The path with single separators and none at its end. A doubled separator in a literal path
-// stays, so that no item is found there.
+// The path with single separators and none at its end. In a literal path all of them stay.
 std::wstring Normalize(std::wstring path)
 {
     if (path.starts_with(L"\\\\?\\"))

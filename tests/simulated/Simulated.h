@@ -10,7 +10,6 @@
 // The simulated Windows that native tests link instead of platform/win32: a small model of what
 // the module asks of the system. The headers beside this one hold the controls that tests set it
 // up and look at it with; the contract cases of tests/platform hold it to the real system.
-//
 // Any control may be called from any thread while the logic under test runs.
 namespace simulated {
 
@@ -37,15 +36,11 @@ public:
     {
         std::unique_lock<std::recursive_mutex> lock;
         T& value;
-
         T* operator->() const { return &value; }
         T& operator*() const { return value; }
     };
 
-    CState()
-    {
-        resets.emplace_back([this] { Reset(); });
-    }
+    CState() { resets.emplace_back(std::bind_front(&CState::Reset, this)); }
     CHeld Hold() { return {std::unique_lock(mutex), value}; }
     CHeld operator->() { return Hold(); }
     void Reset() { *Hold() = T(); }

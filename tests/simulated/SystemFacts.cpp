@@ -9,13 +9,9 @@
 
 #include <tuple>
 
-namespace simulated {
-
-CState<SystemFacts> facts;
-CState<NotificationArea> area;
-CState<std::vector<std::wstring>> debugOutput;
-
-} // namespace simulated
+simulated::CState<simulated::SystemFacts> simulated::facts;
+simulated::CState<simulated::NotificationArea> simulated::area;
+simulated::CState<std::vector<std::wstring>> simulated::debugOutput;
 
 namespace platform {
 

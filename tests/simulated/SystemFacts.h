@@ -52,7 +52,6 @@ struct NotificationArea
     std::vector<std::pair<std::wstring, std::wstring>> balloons;      // title and text, all shown
 };
 extern CState<NotificationArea> area;
-
 extern CState<std::vector<std::wstring>> debugOutput;
 
 // The lines of debugger output since the last take, in order.
