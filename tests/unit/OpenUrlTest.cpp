@@ -12,7 +12,7 @@ TEST(Url, IsTakenApartAsSeenFromItsBase)
 {
     const wchar_t* const cases[][2] = {
         {L"HTTP://Host", L"open Host 80 /"},
-        {L"https://host:8443?q", L"secure host 8443 /?q"},
+        {L"https://host:8080?q", L"secure host 8080 /?q"},
         {L"https://host\\a", L"secure host 443 /\\a"},
         {L"https://user:p@ss@host:1/", L"secure host 1 /"},
         {L"https://[::1]:7/x", L"secure [::1] 7 /x"},
@@ -26,6 +26,7 @@ TEST(Url, IsTakenApartAsSeenFromItsBase)
         {L"https://host:/", L"-"},
         {L"https://host:8x/", L"-"},
         {L"https://", L"-"},
+        {L"https://user@/", L"-"},
         {L"https://[::1/", L"-"},
         {L"ftp://host/", L"-"},
         {L"javascript:x", L"-"},
@@ -78,9 +79,13 @@ std::wstring Open(const std::wstring& url)
 TEST(OpenUrl, RedirectsAreFollowedWithinBounds)
 {
     const std::tuple<std::vector<simulated::Answer>, const wchar_t*, const wchar_t*> cases[] = {
-        {{{.status = 302, .location = L"/second"}, {.status = 307, .location = L"https://other/3"}},
-         L"https://host/first",
-         L"host:443/first host:443/second other:443/3 "},
+        {{{.status = 301, .location = L"/2"},
+          {.status = 302, .location = L"/3"},
+          {.status = 303, .location = L"/4"},
+          {.status = 307, .location = L"/5"},
+          {.status = 308, .location = L"https://other/6"}},
+         L"https://host/1",
+         L"host:443/1 host:443/2 host:443/3 host:443/4 host:443/5 other:443/6 "},
         {{{.status = 301, .location = L"http://host/open"}}, L"https://host/", L"host:443/ "},
         {{{.status = 304, .location = L"/elsewhere"}}, L"https://host/x", L"host:443/x "},
         {{}, L"http://host/plain", L"host:443/plain "},
