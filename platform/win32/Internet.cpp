@@ -83,7 +83,7 @@ void SetTimeout(HINTERNET handle, EInternetOption option, std::uint32_t value)
 } // namespace
 
 // A handle with the handles it came from, which are closed after it. Closing waits for locks of the
-// system's, so it is done on the threads of calls.
+// system's: Close() belongs to the threads of calls. The destructor may run on any thread.
 struct InternetState
 {
     InternetState(const CStopSignal& stopSignal, std::shared_ptr<InternetState> from)
@@ -94,7 +94,14 @@ struct InternetState
     }
     InternetState(const InternetState&) = delete;
     InternetState& operator=(const InternetState&) = delete;
-    ~InternetState() { Close(); }
+
+    // Handles that no call could close. The topmost takes those below it along, and Wine's do not
+    // survive being closed by two threads at once.
+    ~InternetState()
+    {
+        if (handle != nullptr && (!parent || parent.use_count() > 1))
+            CloseApart();
+    }
 
     BOOL Close() noexcept
     {
@@ -109,14 +116,18 @@ struct InternetState
         return closed;
     }
 
-    // The handle, if there is one, for somebody else to close. WinINet stays in the process for it.
-    HINTERNET GiveUpHandle() noexcept
+    // Closes on a thread that begins in WinINet's code, for this module's may be gone by then.
+    // WinINet stays in the process for it.
+    void CloseApart() noexcept
     {
         InternetState* session = this;
         while (session->parent)
             session = session->parent.get();
         session->library = nullptr;
-        return std::exchange(handle, nullptr);
+        const auto routine = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+            reinterpret_cast<void*>(&::InternetCloseHandle));
+        if (GetModuleState() != EModuleState::ProcessEnding)
+            CKernelHandle(::CreateThread(nullptr, 0, routine, handle, 0, nullptr));
     }
 
     const CStopSignal& stop; // asked by the owner's thread only
@@ -137,51 +148,44 @@ DWORD GetErrorOfGivenUp(const CStopSignal& stop) noexcept
     return stop.IsRequested() ? internetOperationCancelled : internetTimeout;
 }
 
-// Runs `call` within `limit`, throws the error number that it returns. It holds its own share of
-// all it touches, for it may outlast this function.
-void Perform(InternetState& state, milliseconds limit, std::function<DWORD()> call)
+// Gives up a share and closes what nobody else needs, each handle before the one it came from. The
+// first error of closing.
+DWORD CloseUnneeded(Shared& state) noexcept
 {
-    if (state.abandoned)
+    DWORD error = 0;
+    while (state.use_count() == 1)
+    {
+        const DWORD failure = ErrorOf(state->Close());
+        error = error != 0 ? error : failure;
+        state = Shared(std::move(state->parent));
+    }
+    state.reset();
+    return error;
+}
+
+// Runs `call` within `limit`, throws the error number that it returns. It may outlast this
+// function, and so has its own share of all it touches.
+void Perform(const Shared& state, milliseconds limit, std::function<DWORD(InternetState&)> call)
+{
+    if (state->abandoned)
         throw CInternetException(internetOperationCancelled);
     const auto error = std::make_shared<DWORD>(ERROR_NOT_ENOUGH_MEMORY); // when the call throws
-    if (RunWithinDeadline([error, call = std::move(call)] { *error = call(); }, limit,
-                          state.stop) != ECallEnd::Returned)
+    const auto end = RunWithinDeadline(
+        [error, own = state, call = std::move(call)]() mutable {
+            *error = call(*own);
+            CloseUnneeded(own);
+        },
+        limit, state->stop);
+    if (end != ECallEnd::Returned)
     {
-        state.abandoned = true;
-        throw CInternetException(GetErrorOfGivenUp(state.stop));
+        state->abandoned = true;
+        throw CInternetException(GetErrorOfGivenUp(state->stop));
     }
     if (*error != 0)
         throw CInternetException(*error);
 }
 
-// Closes on a thread that begins in WinINet's code, for this module's may be gone by then.
-void CloseApart(HINTERNET handle) noexcept
-{
-    const auto routine =
-        reinterpret_cast<LPTHREAD_START_ROUTINE>(reinterpret_cast<void*>(&::InternetCloseHandle));
-    if (handle != nullptr && GetModuleState() != EModuleState::ProcessEnding)
-        CKernelHandle(::CreateThread(nullptr, 0, routine, handle, 0, nullptr));
-}
-
-// Gives up a share where no call can be made any more, because the module is being unloaded, say.
-// Only the topmost of the handles that nobody needs is closed: those below it close with it, and
-// Wine's do not survive being closed by two threads at once.
-void DropApart(Shared& state) noexcept
-{
-    HINTERNET topmost = nullptr;
-    while (state.use_count() == 1)
-    {
-        if (const HINTERNET open = state->GiveUpHandle())
-            topmost = open;
-        Shared parent = std::move(state->parent);
-        state = std::move(parent);
-    }
-    state.reset();
-    CloseApart(topmost);
-}
-
-// Gives up the owner's share. The last share closes its handle and those above it that nobody needs
-// any more; the owner's may be it, and so goes by a call. The error of closing.
+// Gives up the owner's share, by a call, for it may be the last one. The error of closing.
 DWORD Drop(Shared& state) noexcept
 {
     if (!state)
@@ -199,18 +203,12 @@ DWORD Drop(Shared& state) noexcept
     {
         last = std::make_shared<Last>();
         last->state = std::move(state);
-        end = RunWithinDeadline(
-            [last] {
-                if (last->state.use_count() == 1)
-                    last->error = ErrorOf(last->state->Close());
-                last->state.reset();
-            },
-            localCallLimit, stop);
+        end = RunWithinDeadline([last] { last->error = CloseUnneeded(last->state); },
+                                localCallLimit, stop);
     }
     catch (const std::bad_alloc&)
     {}
-    if (end == ECallEnd::NotStarted)
-        DropApart(last ? last->state : state);
+    state.reset();
     if (abandoned)
         return 0;
     return end == ECallEnd::Returned ? last->error : GetErrorOfGivenUp(stop);
@@ -229,9 +227,9 @@ Shared OpenBelow(const CStopSignal& stop, const Shared& parent,
     Shared created = std::make_shared<InternetState>(stop, parent);
     try
     {
-        Perform(*created, localCallLimit, [created, open = std::move(open)] {
-            created->handle = open(*created);
-            return created->handle != nullptr ? 0 : GetFailure();
+        Perform(created, localCallLimit, [open = std::move(open)](InternetState& own) {
+            own.handle = open(own);
+            return own.handle != nullptr ? 0 : GetFailure();
         });
     }
     catch (...)
@@ -257,29 +255,29 @@ std::unique_ptr<Owner> MakeOwner(Shared opened)
     }
 }
 
-std::wstring QueryHeader(InternetState& state, const Shared& own, DWORD level)
+std::wstring QueryHeader(const Shared& state, DWORD level)
 {
     const auto text = std::make_shared<std::wstring>();
-    Perform(state, localCallLimit, [own, text, level]() -> DWORD {
+    Perform(state, localCallLimit, [text, level](InternetState& own) -> DWORD {
         DWORD bytes = 0;
-        ::HttpQueryInfoW(own->handle, level, nullptr, &bytes, nullptr);
+        ::HttpQueryInfoW(own.handle, level, nullptr, &bytes, nullptr);
         if (bytes == 0 || bytes / sizeof(wchar_t) > maxHeaderUnits)
             return 0;
         text->resize(bytes / sizeof(wchar_t) + 1);
         bytes = static_cast<DWORD>(text->size() * sizeof(wchar_t));
-        const BOOL found = ::HttpQueryInfoW(own->handle, level, text->data(), &bytes, nullptr);
+        const BOOL found = ::HttpQueryInfoW(own.handle, level, text->data(), &bytes, nullptr);
         text->resize(found ? bytes / sizeof(wchar_t) : 0);
         return 0;
     });
     return *text;
 }
 
-std::uint32_t QueryNumber(InternetState& state, const Shared& own, DWORD level)
+std::uint32_t QueryNumber(const Shared& state, DWORD level)
 {
     const auto number = std::make_shared<DWORD>(0);
-    Perform(state, localCallLimit, [own, number, level]() -> DWORD {
+    Perform(state, localCallLimit, [number, level](InternetState& own) -> DWORD {
         DWORD bytes = sizeof(DWORD);
-        if (!::HttpQueryInfoW(own->handle, level | HTTP_QUERY_FLAG_NUMBER, number.get(), &bytes,
+        if (!::HttpQueryInfoW(own.handle, level | HTTP_QUERY_FLAG_NUMBER, number.get(), &bytes,
                               nullptr))
             *number = 0;
         return 0;
@@ -297,37 +295,37 @@ CHttpFile::~CHttpFile() { Drop(state); }
 
 void CHttpFile::AddRequestHeaders(const std::wstring& headers, std::uint32_t flags)
 {
-    Perform(*state, localCallLimit, [own = state, headers, flags] {
-        return ErrorOf(::HttpAddRequestHeadersW(own->handle, headers.data(),
+    Perform(state, localCallLimit, [headers, flags](InternetState& own) {
+        return ErrorOf(::HttpAddRequestHeadersW(own.handle, headers.data(),
                                                 static_cast<DWORD>(headers.size()), flags));
     });
 }
 
 void CHttpFile::SendRequest()
 {
-    Perform(*state, state->timeouts.ForWhole(), [own = state] {
-        return ErrorOf(::HttpSendRequestW(own->handle, nullptr, 0, nullptr, 0));
+    Perform(state, state->timeouts.ForWhole(), [](InternetState& own) {
+        return ErrorOf(::HttpSendRequestW(own.handle, nullptr, 0, nullptr, 0));
     });
 }
 
 void CHttpFile::SendRequestEx(std::uint64_t total)
 {
-    Perform(*state, state->timeouts.ForWhole(), [own = state, total] {
+    Perform(state, state->timeouts.ForWhole(), [total](InternetState& own) {
         INTERNET_BUFFERSW buffers{};
         buffers.dwStructSize = sizeof(buffers);
         buffers.dwBufferTotal = static_cast<DWORD>(total);
-        return ErrorOf(::HttpSendRequestExW(own->handle, &buffers, nullptr, HSR_INITIATE, 1));
+        return ErrorOf(::HttpSendRequestExW(own.handle, &buffers, nullptr, HSR_INITIATE, 1));
     });
 }
 
 void CHttpFile::Write(const char* bytes, std::size_t count)
 {
-    Perform(*state, state->timeouts.ForSending(),
-            [own = state, copy = std::vector<char>(bytes, bytes + count)]() -> DWORD {
+    Perform(state, state->timeouts.ForSending(),
+            [copy = std::vector<char>(bytes, bytes + count)](InternetState& own) -> DWORD {
                 for (std::size_t done = 0; done < copy.size();)
                 {
                     DWORD written = 0;
-                    if (!::InternetWriteFile(own->handle, copy.data() + done,
+                    if (!::InternetWriteFile(own.handle, copy.data() + done,
                                              static_cast<DWORD>(copy.size() - done), &written))
                         return GetFailure();
                     if (written == 0)
@@ -340,33 +338,31 @@ void CHttpFile::Write(const char* bytes, std::size_t count)
 
 void CHttpFile::EndRequest()
 {
-    Perform(*state, state->timeouts.ForWhole(),
-            [own = state] { return ErrorOf(::HttpEndRequestW(own->handle, nullptr, 0, 1)); });
+    Perform(state, state->timeouts.ForWhole(), [](InternetState& own) {
+        return ErrorOf(::HttpEndRequestW(own.handle, nullptr, 0, 1));
+    });
 }
 
-std::uint32_t CHttpFile::QueryStatusCode()
-{
-    return QueryNumber(*state, state, HTTP_QUERY_STATUS_CODE);
-}
+std::uint32_t CHttpFile::QueryStatusCode() { return QueryNumber(state, HTTP_QUERY_STATUS_CODE); }
 
 std::uint32_t CHttpFile::QueryContentLength()
 {
-    return QueryNumber(*state, state, HTTP_QUERY_CONTENT_LENGTH);
+    return QueryNumber(state, HTTP_QUERY_CONTENT_LENGTH);
 }
 
 std::wstring CHttpFile::QueryContentLocation()
 {
-    return QueryHeader(*state, state, HTTP_QUERY_CONTENT_LOCATION);
+    return QueryHeader(state, HTTP_QUERY_CONTENT_LOCATION);
 }
 
-std::wstring CHttpFile::QueryLocation() { return QueryHeader(*state, state, HTTP_QUERY_LOCATION); }
+std::wstring CHttpFile::QueryLocation() { return QueryHeader(state, HTTP_QUERY_LOCATION); }
 
 std::size_t CHttpFile::Read(char* buffer, std::size_t count)
 {
     const auto block = std::make_shared<std::vector<char>>(count);
-    Perform(*state, state->timeouts.ForReceiving(), [own = state, block] {
+    Perform(state, state->timeouts.ForReceiving(), [block](InternetState& own) {
         DWORD read = 0;
-        const DWORD error = ErrorOf(::InternetReadFile(own->handle, block->data(),
+        const DWORD error = ErrorOf(::InternetReadFile(own.handle, block->data(),
                                                        static_cast<DWORD>(block->size()), &read));
         block->resize(std::min<std::size_t>(read, block->size()));
         return error;
@@ -434,8 +430,8 @@ CInternetSession::~CInternetSession() { Drop(state); }
 void CInternetSession::SetOption(EInternetOption option, std::uint32_t value)
 {
     state->timeouts[option] = value;
-    Perform(*state, localCallLimit, [own = state, option, value]() -> DWORD {
-        SetTimeout(own->handle, option, value);
+    Perform(state, localCallLimit, [option, value](InternetState& own) -> DWORD {
+        SetTimeout(own.handle, option, value);
         return 0;
     });
 }
