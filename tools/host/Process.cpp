@@ -1,11 +1,11 @@
 #include "tools/host/Process.h"
 
 #include <tlhelp32.h>
+#include <winternl.h>
 
 #include <algorithm>
 #include <atomic>
-#include <memory>
-#include <span>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -65,45 +65,32 @@ std::size_t MeasureHeaps()
     return bytes;
 }
 
-// Counts in the system's table, because Wine's GetProcessHandleCount counts nothing. Without keys
-// of the registry: Wine keeps one open for each look into HKEY_CLASSES_ROOT through a view.
+// By asking for one after the other: Wine's GetProcessHandleCount counts nothing, and its server
+// does not survive the system's table while processes come and go. Without keys of the registry:
+// Wine keeps one open for each look into HKEY_CLASSES_ROOT through a view.
 DWORD CountHandles()
 {
-    struct Entry
+    using Query = LONG(NTAPI*)(HANDLE handle, ULONG what, void* into, ULONG bytes, ULONG* needed);
+    struct TypeInformation
     {
-        void* object;
-        ULONG_PTR process;
-        ULONG_PTR handle;
-        ULONG access;
-        USHORT backTrace;
-        USHORT type;
-        ULONG attributes;
-        ULONG reserved;
+        UNICODE_STRING name;
+        std::byte rest[512];
     };
-    struct Table
+    constexpr ULONG typeInformation = 2;
+    constexpr ULONG_PTR step = 4, enough = 512 * step; // behind the last one
+    const auto query = FindInNtdll<Query>("NtQueryObject");
+    DWORD count = 0;
+    for (ULONG_PTR last = 0, number = step; number < last + enough; number += step)
     {
-        ULONG_PTR count;
-        ULONG_PTR reserved;
-        Entry entries[1];
-    };
-    using Query = LONG(NTAPI*)(ULONG what, void* table, ULONG bytes, ULONG* needed);
-    constexpr ULONG extendedHandleInformation = 64;
-    constexpr ULONG enough = 16 << 20;
-    const std::unique_ptr<std::byte[]> memory(new std::byte[enough]);
-    HKEY key = nullptr;
-    ::RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, KEY_READ, &key);
-    const LONG failure = FindInNtdll<Query>("NtQuerySystemInformation")(
-        extendedHandleInformation, memory.get(), enough, nullptr);
-    const auto& table = *reinterpret_cast<const Table*>(memory.get());
-    const std::span<const Entry> entries(table.entries, failure < 0 ? 0 : table.count);
-    const auto isOwn = [](const Entry& entry) { return entry.process == ::GetCurrentProcessId(); };
-    USHORT keyType = 0;
-    for (const Entry& entry : entries)
-        if (isOwn(entry) && entry.handle == reinterpret_cast<ULONG_PTR>(key))
-            keyType = entry.type;
-    ::RegCloseKey(key);
-    return static_cast<DWORD>(std::ranges::count_if(
-        entries, [&](const Entry& entry) { return isOwn(entry) && entry.type != keyType; }));
+        TypeInformation type;
+        if (query(reinterpret_cast<HANDLE>(number), typeInformation, &type, sizeof(type), nullptr) <
+            0)
+            continue;
+        last = number;
+        const std::wstring_view name(type.name.Buffer, type.name.Length / sizeof(wchar_t));
+        count += name != L"Key";
+    }
+    return count;
 }
 
 DWORD CountThreads()
@@ -183,7 +170,7 @@ void CBystander::Run() noexcept
         ::GetModuleHandleW(L"nothing.dll");
         ::HeapFree(::GetProcessHeap(), 0, ::HeapAlloc(::GetProcessHeap(), 0, 64));
         longest = std::max<ULONGLONG>(longest, ::GetTickCount64() - begun);
-        ::Sleep(5);
+        ::Sleep(20);
     }
 }
 
