@@ -1,6 +1,7 @@
 // Runs the collector as a tester does.
 #include "tests/unit/TemporaryFolder.h"
 #include "tests/unit/TlsClient.h"
+#include "tools/collector/Socket.h"
 
 #include <csignal>
 #include <cstdio>
@@ -14,89 +15,86 @@ using testing::HasSubstr;
 
 namespace {
 
-// Runs the program with these arguments, calling `onLine` for each line of its output; its exit
-// code and both output streams.
-std::pair<int, std::string> RunCollector(
-    const std::string& arguments,
-    const std::function<void(std::string_view)>& onLine = [](std::string_view) {},
-    const std::string& within = {})
+class CollectorProgram : public testing::Test
 {
-    const std::string command =
-        "timeout 20 " + within + COLLECTOR_PROGRAM " " + arguments + " 2>&1";
-    FILE* pipe = ::popen(command.c_str(), "r");
-    std::string output;
-    char line[4096];
-    while (pipe && std::fgets(line, sizeof line, pipe))
+protected:
+    // Runs the program with these arguments, calling `onLine` for each line of its output; its exit
+    // code and both output streams.
+    std::pair<int, std::string> Run(
+        const std::string& arguments,
+        const std::function<void(std::string_view)>& onLine = [](std::string_view) {}) const
     {
-        output += line;
-        onLine(line);
-    }
-    const int status = pipe ? ::pclose(pipe) : -1;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
-
-TEST(CollectorProgram, EndsAfterTheHitsAndAnswersTheLastOne)
-{
-    const CTemporaryFolder folder;
-    std::string answers;
-    const auto report = [&](std::string_view line) {
-        if (!line.starts_with("Listening on "))
-            return;
-        for (const char* target : {"/other", "/piwik.php?e_c=Scan&e_a=Start", "/__utm.gif?utmp=a"})
+        const std::string command = "timeout 20 sh -c 'echo $$ > " + folder.PathOf("process") +
+                                    "; exec \"$@\"' sh " COLLECTOR_PROGRAM " " + arguments +
+                                    " 2>&1";
+        FILE* pipe = ::popen(command.c_str(), "r");
+        std::string output;
+        char line[4096];
+        while (pipe && std::fgets(line, sizeof line, pipe))
         {
-            CTlsClient client(std::stoi(folder.Read("port")));
-            EXPECT_TRUE(client.Handshake(folder.PathOf("ca.pem")));
-            client.Send(std::string("GET ") + target + " HTTP/1.1\r\nConnection: close\r\n\r\n");
-            answers += client.Read().substr(9, 4);
+            output += line;
+            onLine(line);
         }
+        const int status = pipe ? ::pclose(pipe) : -1;
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+    }
+
+    // Sends a request to the running program; the status of the answer.
+    std::string Send(const std::string& target) const
+    {
+        CTlsClient client(std::stoi(folder.Read("port")));
+        EXPECT_TRUE(client.Handshake(folder.PathOf("ca.pem")));
+        client.Send("GET " + target + " HTTP/1.1\r\nConnection: close\r\n\r\n");
+        return client.Read().substr(9, 4);
+    }
+
+    const CTemporaryFolder folder;
+    const std::string within = " --folder " + folder.path;
+    const std::string reachable = within + " --port-file " + folder.PathOf("port");
+    const std::string database = " --database " + folder.PathOf("hits.db");
+};
+
+TEST_F(CollectorProgram, EndsAfterTheHitsAndAnswersTheLastOne)
+{
+    std::string answers;
+    const auto send = [&](std::string_view line) {
+        if (line.starts_with("Listening on "))
+            for (const char* target :
+                 {"/other", "/piwik.php?e_c=Scan&e_a=Start", "/__utm.gif?utmp=a"})
+                answers += Send(target);
     };
-    const auto [code, output] = RunCollector("--fault wait:100 --until 2 --folder " + folder.path +
-                                                 " --port-file " + folder.PathOf("port"),
-                                             report);
+    const auto [code, output] = Run("--fault wait:100 --until 2" + reachable, send);
     EXPECT_EQ(code, 0) << output;
     EXPECT_EQ(answers, "200 200 200 ");
     EXPECT_THAT(output, HasSubstr(" KPI  event Scan / Start\n"));
     EXPECT_THAT(output, HasSubstr("\nHits: 3\n  trackers: KPI 1, classic 1, other 1\n"));
     // What was recorded is read back: twice into one database, and out of it at the next start.
-    const std::string database = " --database " + folder.PathOf("hits.db");
-    const std::string read = "read --quiet" + database + ' ' + folder.PathOf("hits.jsonl ");
-    EXPECT_EQ(RunCollector(read + folder.PathOf("hits.jsonl")).first, 0);
-    EXPECT_THAT(RunCollector("--timeout 1 --folder " + folder.path + database).second,
+    const std::string lines = ' ' + folder.PathOf("hits.jsonl");
+    EXPECT_EQ(Run("read --quiet" + database + lines + lines).first, 0);
+    EXPECT_THAT(Run("--timeout 1" + within + database).second,
                 HasSubstr("\nHits: 4\n  trackers: KPI 2, classic 2\n"));
 }
 
-TEST(CollectorProgram, LosesNothingThatItShowedWhenItIsKilled)
+TEST_F(CollectorProgram, LosesNothingThatItShowedWhenItIsKilled)
 {
-    const CTemporaryFolder folder;
-    const std::string places =
-        "--folder " + folder.path + " --database " + folder.PathOf("hits.db");
     const auto sendAndKill = [&](std::string_view line) {
         if (line.starts_with("Listening on "))
-        {
-            CTlsClient client(std::stoi(folder.Read("port")));
-            EXPECT_TRUE(client.Handshake(folder.PathOf("ca.pem")));
-            client.Send("GET /piwik.php?e_c=Scan&e_a=Start HTTP/1.1\r\nConnection: close\r\n\r\n");
-        }
+            Send("/piwik.php?e_c=Scan&e_a=Start");
         if (line.find("event Scan / Start") != std::string_view::npos)
             ::kill(std::stoi(folder.Read("process")), SIGKILL);
     };
-    const auto [code, output] =
-        RunCollector("--port-file " + folder.PathOf("port") + ' ' + places, sendAndKill,
-                     "sh -c 'echo $$ > " + folder.PathOf("process") + "; exec \"$@\"' sh ");
-    EXPECT_EQ(code, 128 + SIGKILL);
-    EXPECT_THAT(RunCollector("--timeout 1 " + places).second, HasSubstr("\nHits: 1\n"));
+    EXPECT_EQ(Run(reachable + database, sendAndKill).first, 128 + SIGKILL);
+    EXPECT_THAT(Run("--timeout 1" + within + database).second, HasSubstr("\nHits: 1\n"));
 }
 
-TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
+TEST_F(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
 {
-    const CTemporaryFolder folder;
     const collector::CSocket taken = collector::BindLoopback(0);
     ASSERT_EQ(::listen(taken.Get(), 1), 0);
     folder.Write("file", "x");
     folder.Write("plan", "title Nothing\nKPI visit\n");
     const std::string port = std::to_string(collector::GetBoundPort(taken));
-    const std::string kept = " --folder " + folder.path;
-    const std::string plan = ' ' + folder.PathOf("plan") + ' ';
+    const std::string plan = within + ' ' + folder.PathOf("plan") + ' ';
     const struct
     {
         std::string arguments;
@@ -104,37 +102,36 @@ TEST(CollectorProgram, SaysWhatIsMissingAndWhatItCannotDo)
         std::string message;
     } cases[] = {
         {"--help", 0, "--port-file FILE"},
-        {"expect --junit " + folder.PathOf("result.xml") + kept + plan + "-- true", 1,
+        {"expect --junit " + folder.PathOf("result.xml") + plan + "-- true", 1,
          "Nothing: 1 difference from the plan\n  line 2: KPI visit\n    missing: 0 of 1 came\n"},
-        {"expect" + kept + plan + "-- sh -c 'exit 3'", 1, "the host ended with 3"},
-        {"expect --timeout 1" + kept + plan + "-- sleep 9", 2, "had to be killed at the timeout"},
-        {"expect" + kept + plan + "-- /nowhere", 1, "cannot start /nowhere"},
+        {"expect" + plan + "-- sh -c 'exit 3'", 1, "the host ended with 3"},
+        {"expect --timeout 1" + plan + "-- sleep 9", 2, "had to be killed at the timeout"},
+        {"expect" + plan + "-- /nowhere", 1, "cannot start /nowhere"},
+        {"expect" + plan, 1, "expect needs a PLAN, -- and a HOST"},
         {"read --quiet", 1, "read needs a FILE, or - for standard input"},
         {"read " + folder.PathOf("nothing"), 1, "cannot read " + folder.PathOf("nothing") + ": No"},
         {"read " + folder.PathOf("file"), 0, "0 hits, 0 other requests, 1 lines without a request"},
-        {"expect" + kept + plan, 1, "expect needs a PLAN, -- and a HOST"},
-        {"--quiet --until 1 --timeout 1" + kept, 2, "collector: only 0 of 1 hits have come"},
+        {"--quiet --until 1 --timeout 1" + within, 2, "collector: only 0 of 1 hits have come"},
         {"--colour", 1, "collector: unknown option --colour; see collector --help"},
         {"--port", 1, "collector: --port needs a value: NUMBER"},
         {"--port 65536", 1, "--port: \"65536\" is no number from 0 to 65535"},
         {"--until 1x", 1, "--until: \"1x\" is no number"},
-        {"--fault nonsense" + kept, 1, "no such fault: nonsense; the faults are\n"},
-        {"--fault wait" + kept, 1, "the fault wait takes an argument: wait:MILLISECONDS"},
-        {"--fault stall:1" + kept, 1, "the fault stall takes no argument"},
-        {"--port " + port + kept, 1, "port " + port + " is in use"},
-        {kept + "/file", 1, "cannot create the folder " + folder.PathOf("file")},
+        {"--fault nonsense" + within, 1, "no such fault: nonsense; the faults are\n"},
+        {"--fault wait" + within, 1, "the fault wait takes an argument: wait:MILLISECONDS"},
+        {"--fault stall:1" + within, 1, "the fault stall takes no argument"},
+        {"--port " + port + within, 1, "port " + port + " is in use"},
+        {within + "/file", 1, "cannot create the folder " + folder.PathOf("file")},
     };
     for (const auto& c : cases)
     {
-        const auto [code, output] = RunCollector(c.arguments);
+        const auto [code, output] = Run(c.arguments);
         EXPECT_EQ(code, c.code) << c.arguments;
         EXPECT_THAT(output, HasSubstr(c.message)) << c.arguments;
     }
-    EXPECT_THAT(
-        folder.Read("result.xml"),
-        HasSubstr("name=\"Nothing\" tests=\"2\" failures=\"1\">\n<testcase classname=\"Nothing\" "
-                  "name=\"line 2: KPI visit\"><failure message=\"missing: 0 of 1 came\">missing: 0 "
-                  "of 1 came\n</failure>"));
+    EXPECT_THAT(folder.Read("result.xml"),
+                HasSubstr("name=\"Nothing\" tests=\"2\" failures=\"1\">\n<testcase "
+                          "classname=\"Nothing\" name=\"line 2: KPI visit\"><failure "
+                          "message=\"missing: 0 of 1 came\">missing: 0 of 1 came\n</failure>"));
 }
 
 } // namespace
