@@ -14,7 +14,7 @@ TEST(Url, IsTakenApartAsSeenFromItsBase)
         {L"HTTP://Host", L"open Host 80 /"},
         {L"https://host:8080?q", L"secure host 8080 /?q"},
         {L"https://host\\a", L"secure host 443 /\\a"},
-        {L"https://user:p@ss@host:1/", L"secure host 1 /"},
+        {L"https://user:p@ss@h/", L"secure h 443 /"},
         {L"https://[::1]:7/x", L"secure [::1] 7 /x"},
         {L"https://host/a@b:c", L"secure host 443 /a@b:c"},
         {L"https://host:65535", L"secure host 65535 /"},
