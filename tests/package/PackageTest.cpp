@@ -1,8 +1,9 @@
 #include "tests/module/Display.h"
 #include "tests/module/ModuleTest.h"
+#include "tools/collector/Decode.h"
+#include "tools/collector/Inspector.h"
 
 #include <algorithm>
-#include <chrono>
 #include <fstream>
 #include <future>
 #include <sstream>
@@ -15,19 +16,6 @@ namespace module {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The endpoint and what the host said, without what the module adds.
-std::string Abridge(const std::string& target)
-{
-    constexpr const char* kept[] = {"utmt",   "utmp",   "utmdt",  "utme",   "utmtid",
-                                    "utmtto", "utmipc", "utmipn", "utmipr", "utmiqt",
-                                    "e_c",    "e_a",    "e_n",    "e_v"};
-    std::string text = target.substr(0, target.find('?'));
-    for (const char* key : kept)
-        if (target.find("&" + std::string(key) + "=") != target.npos)
-            text.append(" ").append(key).append("=").append(GetParameter(target, key));
-    return text;
-}
 
 class PackageTest : public CModuleTest
 {
@@ -47,103 +35,60 @@ protected:
         return placed;
     }
 
+    // What the host said, without what the module adds: "TRACKER, PRODUCT: SENTENCE, PAGE", sorted.
     std::vector<std::string> GetHits() const
     {
         std::vector<std::string> hits;
-
-        for (const std::string& target : GetTargets())
-            hits.push_back(Abridge(target));
+        for (const collector::Hit& hit : collector.GetHits())
+        {
+            const collector::HitReport report = collector::DecodeReport(hit);
+            hits.push_back(report.tracker + ", " + report.product + ": " + report.sentence);
+            if (report.kind == "event" && report.tracker == "classic")
+                hits.back().append(", ").append(GetValue(report.parameters, "page"));
+        }
         std::sort(hits.begin(), hits.end());
         return hits;
     }
 };
 
-struct Sample
+const struct
 {
-    const char* folder;
-    const char* program;
-    std::vector<std::string> hits; // sorted
+    fs::path program;
+    std::vector<std::string> hits;
+} samples[] = {
+    {"shown/README1.cpp.exe",
+     {"classic, Sample: event SCAN / START / QUICK, value 3, Scan page",
+      "classic, Sample: pageview of Sample"}},
+    {"samples/cpp-loader/cpp_loader.exe",
+     {"KPI, Sample: event Scan / Start / Quick, value 3",
+      "classic, Sample: event SCAN / START / QUICK, value 3, Scan page",
+      "classic, Sample: pageview of Sample"}},
+    {"samples/cpp-linked/cpp_linked.exe",
+     {"classic, Sample: pageview of Linked at build time", "classic, Sample: pageview of Sample"}},
+    {"samples/c/c_host.exe",
+     {"classic, Sample: event MENU / OPEN / RECENT, value 7, Sample",
+      "classic, Sample: item P1 Pack, 2 at 12.50", "classic, Sample: pageview of Sample",
+      "classic, Sample: transaction ORDER-9, total 25.00"}},
+    {"samples/microsoft-abi/microsoft_abi.exe",
+     {"KPI, Sample: event Category 6 / Action 6 / Label 6, value 66",
+      "classic, Microsoft host: event CATEGORY 1 / ACTION 1 / LABEL 1, value 11, Page 1",
+      "classic, Microsoft host: event CATEGORY 2 / ACTION 2 / LABEL 2, value 22, Page 2", // once
+      "classic, Microsoft host: event CATEGORY 3 / ACTION 3 / LABEL 3, value 33, Page 3",
+      "classic, Microsoft host: event CATEGORY 3 / ACTION 3 / LABEL 3, value 33, Page 3",
+      "classic, Microsoft host: event TRACKER / DEACTIVATED, value 1, Microsoft host",
+      "classic, Microsoft host: item Code 5 Item 5, 55 at 5.25",
+      "classic, Microsoft host: pageview of Message 4",
+      "classic, Microsoft host: pageview of Microsoft host",
+      "classic, Microsoft host: transaction Order 5, total 288.75"}},
 };
-
-const Sample samples[] = {
-    {"shown",
-     "README1.cpp.exe",
-     {"/__utm.gif utmp=Sample utmdt=Sample",
-      "/__utm.gif utmt=event utmp=Scan%20page utmdt=Sample utme=5(SCAN*START*QUICK)(3)"}},
-    {"samples/cpp-loader",
-     "cpp_loader.exe",
-     {"/__utm.gif utmp=Sample utmdt=Sample",
-      "/__utm.gif utmt=event utmp=Scan%20page utmdt=Sample utme=5(SCAN*START*QUICK)(3)",
-      "/piwik.php e_c=Scan e_a=Start e_n=Quick e_v=3"}},
-    {"samples/cpp-linked",
-     "cpp_linked.exe",
-     {"/__utm.gif utmp=Linked%20at%20build%20time utmdt=Sample",
-      "/__utm.gif utmp=Sample utmdt=Sample"}},
-    {"samples/c",
-     "c_host.exe",
-     {"/__utm.gif utmp=Sample utmdt=Sample",
-      "/__utm.gif utmt=event utmp=Sample utmdt=Sample utme=5(MENU*OPEN*RECENT)(7)",
-      "/__utm.gif utmt=item utmp=Sample utmdt=Sample utmtid=ORDER-9 utmipc=P1 utmipn=Pack "
-      "utmipr=12.50 utmiqt=2",
-      "/__utm.gif utmt=tran utmp=Sample utmdt=Sample utmtid=ORDER-9 utmtto=25.00"}},
-    {"samples/microsoft-abi",
-     "microsoft_abi.exe",
-     {"/__utm.gif utmp=Message%204 utmdt=Microsoft%20host",
-      "/__utm.gif utmp=Microsoft%20host utmdt=Microsoft%20host",
-      "/__utm.gif utmt=event utmp=Microsoft%20host utmdt=Microsoft%20host "
-      "utme=5(TRACKER*DEACTIVATED*)(1)",
-      "/__utm.gif utmt=event utmp=Page%201 utmdt=Microsoft%20host "
-      "utme=5(CATEGORY%201*ACTION%201*LABEL%201)(11)",
-      "/__utm.gif utmt=event utmp=Page%202 utmdt=Microsoft%20host "
-      "utme=5(CATEGORY%202*ACTION%202*LABEL%202)(22)", // only once
-      "/__utm.gif utmt=event utmp=Page%203 utmdt=Microsoft%20host "
-      "utme=5(CATEGORY%203*ACTION%203*LABEL%203)(33)",
-      "/__utm.gif utmt=event utmp=Page%203 utmdt=Microsoft%20host "
-      "utme=5(CATEGORY%203*ACTION%203*LABEL%203)(33)",
-      "/__utm.gif utmt=item utmp=Microsoft%20host utmdt=Microsoft%20host utmtid=Order%205 "
-      "utmipc=Code%205 utmipn=Item%205 utmipr=5.25 utmiqt=55",
-      "/__utm.gif utmt=tran utmp=Microsoft%20host utmdt=Microsoft%20host utmtid=Order%205 "
-      "utmtto=288.75",
-      "/piwik.php e_c=Category%206 e_a=Action%206 e_n=Label%206 e_v=66"}},
-};
-
-struct Place
-{
-    int x, y;
-};
-constexpr Place buttons[] = {{150, 90}, {150, 140}, {150, 185}, {150, 235}}; // of the sample
-constexpr Place closeBox = {277, 51};
-constexpr Place betweenButtons = {150, 114};
-
-void Click(const Place& place, const std::vector<std::string>& environment)
-{
-    const ProgramResult click =
-        RunProgram({"xdotool", "mousemove", std::to_string(place.x), std::to_string(place.y),
-                    "sleep", "0.2", "click", "1", "sleep", "0.2"},
-                   environment, {}, 5s);
-    EXPECT_EQ(click.status, 0) << "xdotool failed; install the package xdotool";
-}
-
-// Whether the window's light grey is to be seen.
-bool IsWindowShown(const CDisplay& display)
-{
-    const std::string picture = display.TakePicture();
-    const auto offset =
-        static_cast<std::size_t>(3 * (betweenButtons.y * CDisplay::width + betweenButtons.x));
-    return offset + 3 <= picture.size() && picture[offset] == picture[offset + 2] &&
-           static_cast<unsigned char>(picture[offset]) > 200;
-}
-
-} // namespace
 
 TEST_F(PackageTest, EverySampleReportsWhatItSays)
 {
-    for (const Sample& sample : samples)
+    for (const auto& sample : samples)
     {
         SCOPED_TRACE(sample.program);
         collector.Clear();
-        Put(fs::path(sample.folder) / sample.program);
-        const ProgramResult run = GetPrefix().Run({hostFolder / sample.program}, {}, 30s);
+        const ProgramResult run = GetPrefix().Run({Put(sample.program)}, {}, 30s);
         EXPECT_EQ(run.status, 0) << run.output;
         EXPECT_EQ(GetHits(), sample.hits);
     }
@@ -155,23 +100,28 @@ TEST_F(PackageTest, EverySampleReportsWhatItSays)
 // Neither a module of another interface nor one in the current folder is used.
 TEST_F(PackageTest, AHostRunsWithoutTheModule)
 {
-    const fs::path current = fs::current_path();
-    fs::create_directory(hostFolder / "current");
-    fs::rename(hostFolder / "ZoTracker.dll", hostFolder / "current/ZoTracker.dll");
-    fs::copy_file(hostFolder / "install.cfg", hostFolder / "current/install.cfg");
-    fs::current_path(hostFolder / "current");
-    for (const char* module : {"", "samples/Other.dll"})
+    const fs::path before = fs::current_path();
+    const fs::path current = hostFolder / "current";
+    fs::create_directory(current);
+    fs::rename(hostFolder / "ZoTracker.dll", current / "ZoTracker.dll");
+    fs::copy_file(hostFolder / "install.cfg", current / "install.cfg");
+    fs::current_path(current);
+    for (const bool isOther : {false, true})
         for (const char* sample : {"cpp-loader/cpp_loader.exe", "c/c_host.exe"})
         {
-            const fs::path program = Put(fs::path("samples") / sample);
-            if (*module != '\0')
-                fs::rename(Put(module), hostFolder / "ZoTracker.dll");
-            const ProgramResult run = GetPrefix().Run({program}, {}, 30s);
-            EXPECT_EQ(run.status, 0) << sample << " with \"" << module << "\": " << run.output;
+            if (isOther)
+                fs::rename(Put("samples/Other.dll"), hostFolder / "ZoTracker.dll");
+            const ProgramResult run = GetPrefix().Run({Put(fs::path("samples") / sample)}, {}, 30s);
+            EXPECT_EQ(run.status, 0) << sample << ' ' << isOther << ": " << run.output;
         }
-    fs::current_path(current);
+    fs::current_path(before);
     EXPECT_EQ(GetHits(), std::vector<std::string>());
 }
+
+// Clicks at places of the window, "X,Y X,Y ...", once it is to be seen.
+constexpr const char* clicker =
+    "window=$(xdotool search --sync --onlyvisible --name '^ZoTracker$') && for place in $0; do "
+    "xdotool mousemove --window $window ${place%,*} ${place#*,} sleep 0.2 click 1 sleep 0.2; done";
 
 TEST_F(PackageTest, EveryButtonOfTheWindowReports)
 {
@@ -183,23 +133,23 @@ TEST_F(PackageTest, EveryButtonOfTheWindowReports)
         return GetPrefix().Run({"explorer.exe", "/desktop=sample,1000x700", program}, {}, 40s,
                                environment);
     });
-    while (!IsWindowShown(display) && run.wait_for(200ms) != std::future_status::ready)
-    {}
-    for (const Place& button : buttons)
-        Click(button, environment);
+    const auto click = [&](const std::string& places) {
+        EXPECT_EQ(RunProgram({"sh", "-c", clicker, places}, environment, {}, 30s).status, 0)
+            << "xdotool failed; install the package xdotool";
+    };
+    click("112,50 112,98 112,146 112,194"); // the buttons
     EXPECT_TRUE(collector.WaitForHits(5, 10s));
-    Click(closeBox, environment);
+    click("237,11"); // the box that closes the window
     EXPECT_FALSE(run.get().hung);
     EXPECT_EQ(
         GetHits(),
         (std::vector<std::string>{
-            "/__utm.gif utmp=Sample utmdt=Sample",
-            "/__utm.gif utmp=Your%20trial%20ends%20soon utmdt=Sample",
-            "/__utm.gif utmt=event utmp=Main%20window utmdt=Sample "
-            "utme=5(WINDOW*FEATURE*BUTTON)(1)",
-            "/__utm.gif utmt=item utmp=Sample utmdt=Sample utmtid=ORDER-7 utmipc=P1 utmipn=Pack "
-            "utmipr=10.00 utmiqt=3",
-            "/__utm.gif utmt=tran utmp=Sample utmdt=Sample utmtid=ORDER-7 utmtto=30.00"}));
+            "classic, Sample: event WINDOW / FEATURE / BUTTON, value 1, Main window",
+            "classic, Sample: item P1 Pack, 3 at 10.00", "classic, Sample: pageview of Sample",
+            "classic, Sample: pageview of Your trial ends soon",
+            "classic, Sample: transaction ORDER-7, total 30.00"}));
 }
+
+} // namespace
 
 } // namespace module
