@@ -2,7 +2,6 @@
 #include "zotracker/vnosal/VnString.h"
 
 #include <algorithm>
-#include <functional>
 #include <iterator>
 
 namespace vnosal_test {
@@ -19,41 +18,33 @@ std::size_t ReplaceAll(std::wstring& text, const std::wstring& what, const std::
     return count;
 }
 
-struct Slot
-{
-    bool Agrees() const
-    {
-        return text.IsValid() && text == model && text.GetText()[text.GetLength()] == 0 &&
-               text.GetCapacity() >= text.GetLength();
-    }
-
-    VnString text;
-    std::wstring model;
-};
-
 class CModel
 {
 public:
     explicit CModel(std::span<const std::uint8_t> script) : rest(script) {}
 
-    std::string Run()
+    bool IsAtEnd() const { return rest.empty(); }
+    bool Step();
+    bool Agrees() const
     {
-        while (!rest.empty())
-            if (!Step() || !std::all_of(slots, std::end(slots), std::mem_fn(&Slot::Agrees)))
-                return "operation " + std::to_string(operation) + " with " +
-                       std::to_string(rest.size()) + " bytes left";
-        return {};
+        return std::all_of(slots, std::end(slots), [](const Slot& slot) {
+            const VnString& text = slot.text;
+            return text.IsValid() && text == slot.model && text.GetText()[text.GetLength()] == 0 &&
+                   text.GetCapacity() >= text.GetLength();
+        });
     }
 
 private:
-    bool Step();
+    struct Slot
+    {
+        VnString text;
+        std::wstring model;
+    };
 
     std::uint8_t TakeByte()
     {
-        if (rest.empty())
-            return 0;
-        const std::uint8_t byte = rest[0];
-        rest = rest.subspan(1);
+        const std::uint8_t byte = rest.empty() ? 0 : rest[0];
+        rest = rest.subspan(rest.empty() ? 0 : 1);
         return byte;
     }
 
@@ -61,10 +52,8 @@ private:
     std::size_t TakePosition()
     {
         const std::uint8_t byte = TakeByte();
-        if (byte < 200)
-            return byte % 40;
         const std::size_t edges[] = {62, 63, 64, 127, 128, 255, 256, 511, 512, 1000};
-        return byte == 255 ? VnString::npos : edges[byte % std::size(edges)];
+        return byte < 200 ? byte % 40 : byte == 255 ? VnString::npos : edges[byte % 10];
     }
 
     std::wstring TakeText()
@@ -78,12 +67,11 @@ private:
 
     std::span<const std::uint8_t> rest;
     Slot slots[4];
-    int operation = -1;
 };
 
 bool CModel::Step()
 {
-    operation = TakeByte() % 13;
+    const int operation = TakeByte() % 13;
     auto& [text, model] = slots[TakeByte() % 4];
     const auto& [otherText, otherModel] = slots[TakeByte() % 4];
     if (model.size() > 3000)
@@ -155,6 +143,13 @@ bool CModel::Step()
 
 } // namespace
 
-std::string CompareWithModel(std::span<const std::uint8_t> script) { return CModel(script).Run(); }
+std::string CompareWithModel(std::span<const std::uint8_t> script)
+{
+    CModel model(script);
+    for (int step = 1; !model.IsAtEnd(); ++step)
+        if (!model.Step() || !model.Agrees())
+            return "step " + std::to_string(step);
+    return {};
+}
 
 } // namespace vnosal_test

@@ -1,5 +1,5 @@
 #include "zotracker/vnosal/VnFile.h"
-#include "TestFolder.h"
+#include "VnosalTest.h"
 #include "zotracker/vnosal/VnFileFind.h"
 
 namespace {
@@ -64,26 +64,18 @@ TEST_F(Files, AreOpenedAsTold)
 
 TEST_F(Files, AreReadByTheirByteOrderMark)
 {
-    const struct
-    {
-        std::string_view bytes;
-        std::uint32_t codePage;
-        std::wstring_view text;
-    } cases[] = {
-        {"\xE4\x80", 1252, L"\xE4\x20AC"},
-        {"\xEF\xBB\xBF\xC3\xA4", 1252, L"\xE4"},
-        {{"\xFF\xFE\xE4\0\x3D\xD8\0\xDE", 8}, codePageUtf8, L"\xE4\xD83D\xDE00"},
-        {{"\xFE\xFF\0\xE4!", 5}, codePageUtf8, L"\xE4"},
-    };
-    for (const auto& c : cases)
-    {
+    const auto expectText = [this](std::string_view bytes, const wchar_t* expected) {
         VnString text(L"before");
-        WriteFile(L"t", c.bytes);
-        EXPECT_EQ(VnFile::ReadText(At(L"t"), text, c.bytes.size() - 1).GetKind(), EError::TooLarge);
+        WriteFile(L"t", bytes);
+        EXPECT_EQ(VnFile::ReadText(At(L"t"), text, bytes.size() - 1).GetKind(), EError::TooLarge);
         EXPECT_EQ(text, L"before");
-        EXPECT_TRUE(VnFile::ReadText(At(L"t"), text, c.bytes.size(), c.codePage));
-        EXPECT_EQ(text, c.text);
-    }
+        EXPECT_TRUE(VnFile::ReadText(At(L"t"), text, bytes.size(), 1252));
+        EXPECT_EQ(text, expected);
+    };
+    expectText("\xE4\x80", L"\xE4\x20AC");
+    expectText("\xEF\xBB\xBF\xC3\xA4", L"\xE4");
+    expectText({"\xFF\xFE\xE4\0\x3D\xD8\0\xDE", 8}, L"\xE4\xD83D\xDE00");
+    expectText({"\xFE\xFF\0\xE4!", 5}, L"\xE4");
 }
 
 TEST_F(Files, AreReplacedInOneStep)

@@ -1,7 +1,5 @@
 #include "zotracker/vnosal/VnPath.h"
-#include "PrintText.h"
-
-#include <gtest/gtest.h>
+#include "VnosalTest.h"
 
 #include <string>
 
@@ -194,7 +192,8 @@ TEST(VnPath, IsSeenWithAnother)
 
 TEST(VnPath, KnowsDevicesAndValidNames)
 {
-    for (const wchar_t* device : {L"Com1", L"LPT9.txt", L"aux .x", L"com\xB9", L"NUL:"})
+    for (const wchar_t* device : {L"Com1", L"LPT9.txt", L"aux .x", L"com\xB9", L"NUL:", L"con",
+                                  L"prn", L"CONIN$", L"conout$"})
         EXPECT_TRUE(VnPath::IsDeviceName(device)) << VnString(device);
     for (const wchar_t* name : {L"", L"nul2", L"com", L"com0", L"com10", L"xnul"})
         EXPECT_FALSE(VnPath::IsDeviceName(name)) << VnString(name);

@@ -1,12 +1,10 @@
 #include "zotracker/vnosal/VnString.h"
-#include "PrintText.h"
 #include "StringModel.h"
+#include "VnosalTest.h"
 #include "zotracker/vnosal/VnAString.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
 #include "zotracker/vnosal/VnStringList.h"
 #include "zotracker/vnosal/VnWString.h"
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cfloat>
@@ -59,24 +57,15 @@ TEST(VnString, StaysInvalidWithoutMemoryUntilItIsAssigned)
 
 TEST(VnString, ComparesAndSearchesWithAndWithoutCase)
 {
-    const struct
-    {
-        const wchar_t *left, *right;
-        int respecting, ignoring;
-    } cases[] = {
-        {L"ABC", L"abc", -1, 0},
-        {L"_", L"a", -1, 1}, // upper-case forms are compared: '_' lies between the cases
-        {L"\xE4", L"\xC4", 1, 0},
-        {L"\xD83D\xDE00", L"\xFFFD", -1, -1}, // by units, not by characters
+    const auto expectOrder = [](VnString left, VnString right, int respecting, int ignoring) {
+        EXPECT_EQ(left.Compare(right), respecting) << left;
+        EXPECT_EQ(left.Compare(right, ECase::Ignore), ignoring) << left;
+        EXPECT_EQ(left.GetHash(ECase::Ignore) == right.GetHash(ECase::Ignore), ignoring == 0);
     };
-    for (const auto& c : cases)
-    {
-        const VnString left(c.left);
-        const VnString right(c.right);
-        EXPECT_EQ(left.Compare(right), c.respecting) << left;
-        EXPECT_EQ(left.Compare(right, ECase::Ignore), c.ignoring) << left;
-        EXPECT_EQ(left.GetHash(ECase::Ignore) == right.GetHash(ECase::Ignore), c.ignoring == 0);
-    }
+    expectOrder(L"ABC", L"abc", -1, 0);
+    expectOrder(L"_", L"a", -1, 1); // upper-case forms are compared: '_' lies between the cases
+    expectOrder(L"\xE4", L"\xC4", 1, 0);
+    expectOrder(L"\xD83D\xDE00", L"\xFFFD", -1, -1);          // by units, not by characters
     EXPECT_EQ(VnString(L"a").GetHash(), 0xAF63DC4C8601EC8Cu); // FNV-1a of the byte 0x61
 
     VnString text(L"Stra\xDF-e, STRASSE, strasse");
@@ -102,17 +91,9 @@ TEST(VnString, TrimsAndMapsCase)
 
 TEST(VnString, SplitsAndJoins)
 {
-    const struct
-    {
-        const wchar_t *text, *separator, *parts;
-    } cases[] = {
-        {L"a,b,,", L",", L"a|b||"},
-        {L"", L",", L""},
-        {L"a--b---c", L"--", L"a|b|-c"},
-        {L"ab", L"", L"ab"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(VnString(c.text).Split(c.separator).Join(L"|"), c.parts) << c.text;
+    EXPECT_EQ(VnString(L"a,b,,").Split(L",").Join(L"|"), L"a|b||");
+    EXPECT_EQ(VnString(L"a--b---c").Split(L"--").Join(L"|"), L"a|b|-c");
+    EXPECT_EQ(VnString(L"ab").Split(L"").Join(L"|"), L"ab");
     EXPECT_EQ(VnString().Split(L",").GetCount(), 1u);
 
     VnStringList given = VnString(L"a|b|c|d").Split(L"|");
@@ -161,35 +142,26 @@ TEST(VnString, FormatsAsPrintfDoes)
 
 TEST(VnString, WritesAndReadsWholeNumbers)
 {
-    const struct
-    {
-        const wchar_t* text;
-        std::int64_t number;
-        unsigned radix;
-    } cases[] = {
-        {L"-9223372036854775808", INT64_MIN, 10},
-        {L"9223372036854775807", INT64_MAX, 10},
-        {L"-zz", -1295, 36},
+    std::int64_t number = 0;
+    const auto expectBothWays = [&number](std::int64_t written, unsigned radix, VnString text) {
+        EXPECT_EQ(VnString::FromInt64(written, radix), text);
+        EXPECT_TRUE(text.ToInt64(number, radix)) << text;
+        EXPECT_EQ(number, written);
     };
-    for (const auto& c : cases)
-    {
-        std::int64_t number = 0;
-        EXPECT_EQ(VnString::FromInt64(c.number, c.radix), c.text);
-        EXPECT_TRUE(VnString(c.text).ToInt64(number, c.radix)) << c.text;
-        EXPECT_EQ(number, c.number);
-    }
+    expectBothWays(INT64_MIN, 10, L"-9223372036854775808");
+    expectBothWays(INT64_MAX, 10, L"9223372036854775807");
+    expectBothWays(-1295, 36, L"-zz");
     EXPECT_EQ(VnString::FromUInt64(UINT64_MAX, 2), std::wstring(64, L'1'));
     EXPECT_EQ(VnString::FromUInt64(5, 1), L"");
 
-    std::int64_t number = 0;
     EXPECT_TRUE(VnString(L" +Ff\n").ToInt64(number, 16));
     for (const wchar_t* text : {L"9223372036854775808", L"", L"1 2", L"-", L"\xFF11"})
         EXPECT_FALSE(VnString(text).ToInt64(number)) << text;
     EXPECT_EQ(number, 255);
     std::uint64_t natural = 0;
     EXPECT_TRUE(VnString(L"18446744073709551615").ToUInt64(natural));
-    for (const wchar_t* text : {L"18446744073709551616", L"-1"})
-        EXPECT_FALSE(VnString(text).ToUInt64(natural)) << text;
+    EXPECT_FALSE(VnString(L"18446744073709551616").ToUInt64(natural));
+    EXPECT_FALSE(VnString(L"-1").ToUInt64(natural));
     EXPECT_EQ(natural, UINT64_MAX);
 }
 

@@ -133,6 +133,7 @@ TEST(Element, AppendsAttributes)
     EXPECT_TRUE(element.SetAttribute("  a b ", " 1 "));
     EXPECT_TRUE(element.SetAttribute("a b", "2"));
     EXPECT_EQ(element.ToString(" "), " <r a b = \" 1 \"  a b = \"2\" >kept</r>\n");
+    EXPECT_EQ(element.GetAttributes().at(1).valueAsNumber, 0); // never filled
     element.AddChild(L"c", 1, false)->AddChild(L"d", 2, false);
     element.Clear();
     EXPECT_EQ(element.ToString(" "), " <r>kept</r>\n");

@@ -30,8 +30,25 @@ std::string Nest(std::size_t depth, const std::string& name)
 
 TEST(HostileText, TakesLittleTimeAndStack)
 {
-    // Each of these stretches ends in a thousand names, all of them known. Every second one closes
-    // the one before it.
+    const auto expectTree = [](const std::string& text, std::size_t children, std::size_t depth) {
+        const SimpleXMLElement root("<r>" + text + "</r>", false);
+        EXPECT_EQ(root.GetChildCount(), children) << text.substr(0, 20);
+        std::size_t reached = 0;
+        for (const SimpleXMLElement* next = &root; (next = next->GetChild(0)) != nullptr;)
+            ++reached;
+        EXPECT_EQ(reached, depth) << text.substr(0, 20);
+    };
+    expectTree(Nest(levels, "a"), 1, levels);
+    expectTree(Nest(levels, "<a"), 1, levels); // names with a tag in them
+    expectTree(Fill("<") + "a></a>", 0, 0);
+    expectTree(Fill("<a><b><ab><c>"), 0, 0); // never closed
+    expectTree(Fill("<a>") + "</a>", 1, 1);  // closed too late
+    expectTree(Fill("<></>"), large / 5, 1);
+    expectTree(Fill("<a") + "></" + Fill("<a").substr(1) + ">", 1, 1); // a name of tags
+    expectTree(Fill("<![CDATA["), 0, 0);                               // sections without end
+
+    // Each stretch ends in a thousand names, all of them known; every second one closes the one
+    // before it.
     std::string known;
     std::string longest = "a";
     for (int i = 0; i < 1000; ++i)
@@ -39,31 +56,8 @@ TEST(HostileText, TakesLittleTimeAndStack)
         known += "<" + longest + ">";
         longest = "</" + longest;
     }
-    const struct
-    {
-        const char* what;
-        std::string contents;
-        std::size_t children, depth;
-    } cases[] = {
-        {"deep, same name", Nest(levels, "a"), 1, levels},
-        {"deep, names with a tag in them", Nest(levels, "<a"), 1, levels},
-        {"less-than signs before one tag", Fill("<") + "a></a>", 0, 0},
-        {"never closed, one name after another", Fill("<a><b><ab><c>"), 0, 0},
-        {"closed too late", Fill("<a>") + "</a>", 1, 1},
-        {"many children", Fill("<></>"), large / 5, 1},
-        {"a name of tags", Fill("<a") + "></" + Fill("<a").substr(1) + ">", 1, 1},
-        {"names within names", known + Fill(longest + ">"), 500, 1},
-        {"sections without end", Fill("<![CDATA["), 0, 0},
-    };
-    for (const auto& c : cases)
-    {
-        const SimpleXMLElement root("<r>" + c.contents + "</r>", false);
-        EXPECT_EQ(root.GetChildCount(), c.children) << c.what;
-        std::size_t depth = 0;
-        for (const SimpleXMLElement* next = &root; (next = next->GetChild(0)) != nullptr;)
-            ++depth;
-        EXPECT_EQ(depth, c.depth) << c.what;
-    }
+    expectTree(known + Fill(longest + ">"), 500, 1);
+
     EXPECT_EQ(SimpleXMLElement("<r " + Fill("a=") + "></r>", false).GetAttributes().size(), 0u);
     const SimpleXMLElement wide("<r" + Fill(" a=\"1\"") + ">x</r>", false);
     EXPECT_EQ(wide.GetAttributes().size(), large / 6);

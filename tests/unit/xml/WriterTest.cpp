@@ -15,7 +15,7 @@ const wchar_t* const path = L"C:\\content\\tallyhive.xml";
 class Files : public testing::Test
 {
 protected:
-    void SetUp() override
+    Files()
     {
         simulated::disk.Reset();
         simulated::PutFolder(L"C:\\content");

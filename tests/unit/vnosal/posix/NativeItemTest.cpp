@@ -1,4 +1,4 @@
-#include "../TestFolder.h"
+#include "../VnosalTest.h"
 #include "zotracker/vnosal/VnFileFind.h"
 
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "../TestFolder.h"
+#include "../VnosalTest.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PrintText.h"
+#include "zotracker/vnosal/VnAString.h"
 #include "zotracker/vnosal/VnFileSystemItem.h"
 
 #include <gtest/gtest.h>
@@ -8,10 +8,21 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <random>
 #include <set>
 #include <string>
 #include <string_view>
+
+// How failed expectations show text.
+namespace VnOSAL {
+
+inline std::ostream& operator<<(std::ostream& out, const VnString& text)
+{
+    return out << std::string_view(VnAString(text, codePageUtf8));
+}
+
+} // namespace VnOSAL
 
 namespace vnosal_test {
 
