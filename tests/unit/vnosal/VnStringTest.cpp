@@ -213,6 +213,7 @@ TEST(VnAString, DecodesAndEncodes)
         {codePageUtf8, "az\0b"sv, L"az\0b"sv, Both},
         {codePageUtf8, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", L"\xE4\x20AC\xD83D\xDE00", Both},
         {codePageUtf8, "\xF4\x8F\xBF\xBF", L"\xDBFF\xDFFF", Both},
+        {codePageUtf8, "\xEF\xBF\xBD", L"\xFFFD", Both}, // no replacement but the text's own
         {932, "\x82\xA0\x88\x9F", L"\x3042\x4E9C", Both},
         {codePageUtf8, "\xEF\xBF\xBD\xEF\xBF\xBD", L"\xDE00\xD83D", Encode},
         {codePageLatin1, "\xE4?", L"\xE4\x20AC", Encode},
