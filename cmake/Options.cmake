@@ -24,7 +24,8 @@ option(ZO_FUZZ "Build the fuzz targets (Clang only)" OFF)
 add_library(zo_options INTERFACE)
 target_include_directories(zo_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_compile_options(zo_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -ffunction-sections)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -ffunction-sections
+  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
 if(ZO_SANITIZE)
   add_compile_options(-fsanitize=${ZO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ZO_SANITIZE})
