@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstdio>
 #include <string>
 
 namespace module {
@@ -18,15 +19,16 @@ public:
     CDisplay(const CDisplay&) = delete;
     CDisplay& operator=(const CDisplay&) = delete;
 
-    bool IsRunning() const { return !name.empty(); }
-    std::string GetName() const { return ":" + name; }
+    bool IsRunning() const { return number >= 0; }
+    std::string GetName() const { return ":" + std::to_string(number); }
 
     // What is on the display just now: 3 bytes a pixel (Debian package imagemagick).
     std::string TakePicture() const;
 
 private:
+    FILE* output; // the server's process number, its display's
     pid_t server = -1;
-    std::string name;
+    int number = -1;
 };
 
 } // namespace module

@@ -1,66 +1,40 @@
-// Asks with the module's HTTPS client for what standard input says, one request a line:
+// http_probe PORT: asks with the module's HTTPS client for what standard input says, one request a
+// line, and prints one line for each: error code, error detail, the address afterwards, the length
+// of the body, and how it begins.
 //
-//   VERB PORT ADDRESS [BODY]    VERB is get, post, core or cancel; BODY runs to the end of the line
-//
-// (cancel: a post of BODY's number of bytes that is cancelled after the first piece)
-//
-// and prints one line for each: error code, error detail, the address afterwards, the body. A body
-// of more than 40 bytes is printed as its length.
+//   send ADDRESS [BODY]
+//   cancel ADDRESS [BODY]    is cancelled after the first piece of 200,000 bytes in place of BODY
 
 #include "env/Text.h"
 #include "net/CZoHTTPComunicator.h"
 
+#include <cstdlib>
 #include <iostream>
-#include <sstream>
 #include <string>
 
 namespace {
 
-std::string Shorten(const std::string& body)
-{
-    return body.size() > 40 ? std::to_string(body.size()) + " bytes" : "\"" + body + "\"";
-}
-
-std::string Ask(net::CZoHTTPComunicator& client, const std::string& verb, std::uint32_t port,
-                std::wstring& url, const std::string& body)
-{
-    if (verb == "get")
-        return client.GetContent(url, port);
-    if (verb == "post")
-        return client.PostContent(url, body, -1, port, false);
-    if (verb == "cancel")
-    {
-        client.SetProgress(
-            [](double, void* own) { static_cast<net::CZoHTTPComunicator*>(own)->Cancel(); },
-            &client, nullptr);
-        std::string content =
-            client.PostContent(url, std::string(std::stoul(body), 'x'), -1, port, false);
-        client.SetProgress(nullptr, nullptr, nullptr);
-        return content;
-    }
-    std::string content;
-    std::uint32_t length = 0;
-    client.PerformRequest(&content, &length, url, body, -1, port, false, nullptr);
-    return content.substr(0, length);
-}
+void Cancel(double, void* client) { static_cast<net::CZoHTTPComunicator*>(client)->Cancel(); }
 
 } // namespace
 
-int main()
+int main(int, char** values)
 {
+    const auto port = static_cast<std::uint32_t>(std::atoi(values[1]));
     platform::CStopSignal stop;
     net::CZoHTTPComunicator client(stop);
     client.SetRequestHeaders(L"", L"", L"Probe/1");
-    for (std::string line; std::getline(std::cin, line);)
+    std::string verb, address, body;
+    while (std::cin >> verb >> address && std::getline(std::cin, body))
     {
-        std::istringstream words(line);
-        std::string verb, address, body;
-        std::uint32_t port = 0;
-        words >> verb >> port >> address >> std::ws;
-        std::getline(words, body);
+        const bool isCancelled = verb == "cancel";
+        body = isCancelled ? std::string(200'000, 'x') : body.erase(0, 1);
+        client.SetProgress(isCancelled ? Cancel : nullptr, &client, nullptr);
         std::wstring url = env::Utf8ToUtf16(address);
-        const std::string content = Ask(client, verb, port, url, body);
+        std::string content;
+        std::uint32_t length = 0;
+        client.PerformRequest(&content, &length, url, body, -1, port, false, nullptr);
         std::cout << client.errorCode << ' ' << client.errorDetail << ' ' << env::Utf16ToUtf8(url)
-                  << ' ' << Shorten(content) << std::endl;
+                  << ' ' << content.size() << ' ' << content.substr(0, 5) << std::endl;
     }
 }

@@ -14,6 +14,13 @@ const collector::CAuthority& GetAuthority()
     return authority;
 }
 
+collector::CollectorSettings ListenOn(int port)
+{
+    collector::CollectorSettings settings;
+    settings.port = port;
+    return settings;
+}
+
 fs::path MakeHostFolder()
 {
     const fs::path folder = MakeTemporaryFolder("host");
@@ -26,7 +33,9 @@ fs::path MakeHostFolder()
 
 std::optional<CWinePrefix> CModuleTest::prefix;
 
-CModuleTest::CModuleTest() : hostFolder(MakeHostFolder()), collector(GetAuthority()) {}
+CModuleTest::CModuleTest(int port)
+    : hostFolder(MakeHostFolder()), collector(GetAuthority(), ListenOn(port))
+{}
 
 CModuleTest::~CModuleTest() { fs::remove_all(hostFolder); }
 
@@ -63,29 +72,22 @@ std::vector<std::string> CModuleTest::GetTargets() const
     return targets;
 }
 
-fs::path GetWindowsBuild() { return fs::path(ZO_SOURCE_FOLDER) / "build/windows"; }
-
-int GetMilliseconds(const ProgramResult& result, const std::string& what)
+void ExpectCleanEnd(const ProgramResult& run, int releaseLimit)
 {
-    const std::string label = what + " ";
-    const std::size_t start = result.output.find(label);
-    if (start == std::string::npos)
-    {
-        ADD_FAILURE() << "no \"" << what << "\" in: " << result.output;
-        return -1;
-    }
-    return std::stoi(result.output.substr(start + label.size()));
+    EXPECT_EQ(run.status, 0) << (run.hung ? "hung: " : "") << run.output;
+    const std::pair<std::string, int> limits[] = {{"\nrelease main ", releaseLimit},
+                                                  {"\nrelease kpi ", releaseLimit},
+                                                  {"\nunload ", 2000},
+                                                  {"\nblocked ", 500}}; // milliseconds
+    for (const auto& [what, limit] : limits)
+        for (std::size_t at = 0; (at = run.output.find(what, at)) != std::string::npos; ++at)
+            EXPECT_LE(std::stoi(run.output.substr(at + what.size())), limit)
+                << what << "in: " << run.output;
 }
 
 std::string GetParameter(const std::string& target, const std::string& key)
 {
-    std::size_t start = target.find("&" + key + "=");
-    if (start == std::string::npos)
-    {
-        ADD_FAILURE() << "no " << key << " in: " << target;
-        return {};
-    }
-    start += key.size() + 2;
+    const std::size_t start = target.find("&" + key + "=") + key.size() + 2;
     return target.substr(start, target.find('&', start) - start);
 }
 

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,8 +20,9 @@ class CModuleTest : public testing::Test
 protected:
     static void TearDownTestSuite() { prefix.reset(); }
 
-    // Starts the collector and puts host and module into a folder of their own.
-    CModuleTest();
+    // Starts the collector, on any free port for 0, and puts host and module into a folder of their
+    // own.
+    explicit CModuleTest(int port = 0);
     ~CModuleTest() override;
 
     static void ResetPrefix() { prefix.reset(); }
@@ -34,6 +34,11 @@ protected:
     // A configuration that reports to the collector with tracking on, and more lines of the section
     // "install".
     std::string MakeConfig(const std::string& installLines = {}) const;
+
+    // What makes the measurement protocol's the main tracker. It reports to port 443, whatever its
+    // address says.
+    static constexpr const char* measurementProtocol =
+        "[UA]\nEnabled=1\nId=UA-7\nURL=https://127.0.0.1/collect\n";
 
     // Runs the host with the given commands, one a line. Its status is 0 only if it also saw the
     // module call nothing that it must not.
@@ -50,13 +55,11 @@ private:
     static std::optional<CWinePrefix> prefix;
 };
 
-// The number of milliseconds that the host prints behind `what`; fails the case when it does not.
-int GetMilliseconds(const ProgramResult& result, const std::string& what);
+// Fails the case unless the host has ended by itself, and each release, each unloading and each
+// wait of the host's other threads that it printed was as short as it has to be.
+void ExpectCleanEnd(const ProgramResult& run, int releaseLimit = 3000);
 
-// The value of a query parameter as it stands; fails the case when it is missing.
+// The value of a query parameter that is there, as it stands.
 std::string GetParameter(const std::string& target, const std::string& key);
-
-// Where the preset "windows" has built.
-std::filesystem::path GetWindowsBuild();
 
 } // namespace module

@@ -18,27 +18,15 @@ namespace {
 
 const fs::path sourceFolder = ZO_SOURCE_FOLDER;
 const fs::path buildFolder = sourceFolder / "build";
+const char* const server = "/usr/lib/wine/wineserver64";
 
 std::string Quote(const std::string& word) { return " '" + word + "'"; }
 
-void RunOrThrow(const std::vector<std::string>& command)
+void RunTool(const std::vector<std::string>& command)
 {
     const ProgramResult result = RunProgram(command, {}, {}, std::chrono::minutes(3));
     if (result.status != 0)
         throw std::runtime_error(command[0] + ": " + result.output);
-}
-
-// The prefix that all others are copies of.
-const fs::path& GetBasePrefix()
-{
-    static const fs::path base = [] {
-        const collector::CAuthority authority(CWinePrefix::GetAuthorityFolder());
-        const fs::path folder = buildFolder / "wine-base";
-        RunOrThrow({sourceFolder / "tools/wine-prefix", folder,
-                    buildFolder / "windows/tools/trust/zotrust.exe", authority.GetDerPath()});
-        return folder;
-    }();
-    return base;
 }
 
 } // namespace
@@ -77,18 +65,21 @@ ProgramResult RunProgram(const std::vector<std::string>& command,
     return result;
 }
 
+// A copy of a prefix that all programs share, for making one takes long.
 CWinePrefix::CWinePrefix() : folder(MakeTemporaryFolder("wine"))
 {
-    RunOrThrow({sourceFolder / "tools/wine-prefix", "--from", GetBasePrefix(), folder});
+    const fs::path tool = sourceFolder / "tools/wine-prefix";
+    const fs::path base = buildFolder / "wine-base";
+    RunTool({tool, base, GetWindowsBuild() / "tools/trust/zotrust.exe",
+             collector::CAuthority(GetAuthorityFolder()).GetDerPath()});
+    RunTool({tool, "--from", base, folder});
     // Programs that started at once would race for making it.
-    RunProgram({"/usr/lib/wine/wineserver64", "-p"}, {"WINEPREFIX=" + folder.string()}, {},
-               std::chrono::seconds(10));
+    RunProgram({server, "-p"}, {"WINEPREFIX=" + folder.string()}, {}, std::chrono::seconds(10));
 }
 
 CWinePrefix::~CWinePrefix()
 {
-    RunProgram({"/usr/lib/wine/wineserver64", "-k"}, {"WINEPREFIX=" + folder.string()}, {},
-               std::chrono::seconds(10));
+    RunProgram({server, "-k"}, {"WINEPREFIX=" + folder.string()}, {}, std::chrono::seconds(10));
     std::error_code ignored;
     fs::remove_all(folder, ignored);
 }
@@ -103,6 +94,8 @@ ProgramResult CWinePrefix::Run(const std::vector<std::string>& command, const st
     variables.insert(variables.end(), environment.begin(), environment.end());
     return RunProgram(whole, variables, input, limit);
 }
+
+fs::path GetWindowsBuild() { return buildFolder / "windows"; }
 
 fs::path CWinePrefix::GetAuthorityFolder() { return buildFolder / "authority"; }
 

@@ -15,6 +15,9 @@ struct ProgramResult
     std::string output; // standard output and standard error
 };
 
+// Where the preset "windows" has built.
+std::filesystem::path GetWindowsBuild();
+
 // An empty folder of its own.
 std::filesystem::path MakeTemporaryFolder(const std::string& purpose);
 
@@ -36,9 +39,6 @@ public:
     ProgramResult Run(const std::vector<std::string>& command, const std::string& input = {},
                       std::chrono::seconds limit = std::chrono::seconds(60),
                       const std::vector<std::string>& environment = {}) const;
-
-    // Drive C of this prefix.
-    std::filesystem::path GetDriveC() const { return folder / "drive_c"; }
 
     // The folder in which the test authority's keys and certificates live.
     static std::filesystem::path GetAuthorityFolder();
