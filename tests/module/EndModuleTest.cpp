@@ -15,7 +15,7 @@ namespace {
 const char* const ends[] = {
     "release\nblocked\n",
     "unload\ngone 6000\nblocked\n",
-    "hold 4000\nrelease\nsleep 4000\n", // while another thread holds the loader's lock
+    "hold 3500\nrelease\nsleep 3500\n", // while another thread holds the loader's lock
     "exit\n",
     "plugin\nexit\n", // with another module's release in it
 };
@@ -31,7 +31,7 @@ public:
         : CModuleTest(isMeasurementProtocol ? 443 : 0), network(behaviour)
     {
         const Answer longBody = MakeAnswerWithoutLength(200, std::string(5'000, 'b'));
-        PutConfig(MakeConfig() + (isMeasurementProtocol ? measurementProtocol : ""));
+        PutConfig(MakeConfig() + (isMeasurementProtocol ? measurementSection : ""));
         if (network == "refusing")
             collector.Refuse();
         else if (network == "a body without an end")

@@ -64,14 +64,6 @@ ProgramResult CModuleTest::RunHost(const std::string& commands, std::chrono::sec
     return GetPrefix().Run({hostFolder / "host.exe", "--watch"}, commands, limit);
 }
 
-std::vector<std::string> CModuleTest::GetTargets() const
-{
-    std::vector<std::string> targets;
-    for (const collector::Hit& hit : collector.GetHits())
-        targets.push_back(hit.target);
-    return targets;
-}
-
 void ExpectCleanEnd(const ProgramResult& run, int releaseLimit)
 {
     EXPECT_EQ(run.status, 0) << (run.hung ? "hung: " : "") << run.output;
@@ -83,12 +75,6 @@ void ExpectCleanEnd(const ProgramResult& run, int releaseLimit)
         for (std::size_t at = 0; (at = run.output.find(what, at)) != std::string::npos; ++at)
             EXPECT_LE(std::stoi(run.output.substr(at + what.size())), limit)
                 << what << "in: " << run.output;
-}
-
-std::string GetParameter(const std::string& target, const std::string& key)
-{
-    const std::size_t start = target.find("&" + key + "=") + key.size() + 2;
-    return target.substr(start, target.find('&', start) - start);
 }
 
 } // namespace module

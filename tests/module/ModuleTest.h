@@ -37,16 +37,13 @@ protected:
 
     // What makes the measurement protocol's the main tracker. It reports to port 443, whatever its
     // address says.
-    static constexpr const char* measurementProtocol =
+    static constexpr const char* measurementSection =
         "[UA]\nEnabled=1\nId=UA-7\nURL=https://127.0.0.1/collect\n";
 
     // Runs the host with the given commands, one a line. Its status is 0 only if it also saw the
     // module call nothing that it must not.
     ProgramResult RunHost(const std::string& commands,
                           std::chrono::seconds limit = std::chrono::seconds(60)) const;
-
-    // The targets of the hits so far, in order.
-    std::vector<std::string> GetTargets() const;
 
     std::filesystem::path hostFolder;
     collector::CCollector collector;
@@ -58,8 +55,5 @@ private:
 // Fails the case unless the host has ended by itself, and each release, each unloading and each
 // wait of the host's other threads that it printed was as short as it has to be.
 void ExpectCleanEnd(const ProgramResult& run, int releaseLimit = 3000);
-
-// The value of a query parameter that is there, as it stands.
-std::string GetParameter(const std::string& target, const std::string& key);
 
 } // namespace module

@@ -134,7 +134,7 @@ TEST_F(TrackersModuleTest, ARefusedFirstHitSilencesTheRunAndIsNotASession)
 
 TEST_F(TrackersModuleTest, TheMeasurementProtocolArrivesByteForByte)
 {
-    PutConfig(MakeConfig(configured) + measurementProtocol);
+    PutConfig(MakeConfig(configured) + measurementSection);
     const std::string front = "POST /collect?z=* v=1&tid=UA-7&aip=1&ds=host%2Eexe&cid=<1>&uid=<2>"
                               "&cs=ab1&cn=%28partners%29&cm=%28direct%29&sr=1024x768&ul=de%5FDE"
                               "&cd=Disk%20Tool";

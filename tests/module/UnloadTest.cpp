@@ -89,7 +89,7 @@ TEST_F(UnloadTest, ReferencesAreCounted)
                                       "release\nget\nstatus\nrelease\nrelease\nstatus\n");
     ExpectCleanEnd(run);
     EXPECT_THAT(run.output, ContainsRegex("kpi enabled.*kpi none.*kpi none"));
-    EXPECT_EQ(GetTargets().size(), 1u) << "the queue is emptied by the last release";
+    EXPECT_EQ(collector.GetHits().size(), 1u) << "the queue is emptied by the last release";
 }
 
 } // namespace module

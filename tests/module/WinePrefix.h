@@ -40,6 +40,9 @@ public:
                       std::chrono::seconds limit = std::chrono::seconds(60),
                       const std::vector<std::string>& environment = {}) const;
 
+    // Drive C of this prefix.
+    std::filesystem::path GetDriveC() const { return folder / "drive_c"; }
+
     // The folder in which the test authority's keys and certificates live.
     static std::filesystem::path GetAuthorityFolder();
 
