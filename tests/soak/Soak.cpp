@@ -114,7 +114,7 @@ void RunKilled()
     std::string work = "release\nunload\ngone 5000\n";
     for (int i = 0; i < 80; ++i)
         work += "load\nevent a b\nsleep 20\nrelease\nunload\ngone 5000\n";
-    DoAll("killed", 2, IsShort() ? 4 : 1000, [&](std::size_t i) {
+    DoAll("killed", 4, IsShort() ? 4 : 1000, [&](std::size_t i) {
         CStay stay;
         const std::string moment = std::to_string(MakeRandom(i)() % 1000);
         auto result = stay.RunHost("kill " + moment + "\n" + work, seconds(60));
@@ -196,7 +196,7 @@ void RunSoak()
 void RunAtRandom()
 {
     DoAll(
-        "random", 3, IsShort() ? 12 : 1000,
+        "random", IsShort() ? 3 : 8, IsShort() ? 12 : 1000,
         [](std::size_t i) { RunScene(DrawScene(MakeRandom(i))); },
         start + std::chrono::minutes(GetMinutes()));
 }
