@@ -64,11 +64,11 @@ ProgramResult CModuleTest::RunHost(const std::string& commands, std::chrono::sec
     return GetPrefix().Run({hostFolder / "host.exe", "--watch"}, commands, limit);
 }
 
-void ExpectCleanEnd(const ProgramResult& run, int releaseLimit)
+void ExpectCleanEnd(const ProgramResult& run)
 {
     EXPECT_EQ(run.status, 0) << (run.hung ? "hung: " : "") << run.output;
-    const std::pair<std::string, int> limits[] = {{"\nrelease main ", releaseLimit},
-                                                  {"\nrelease kpi ", releaseLimit},
+    const std::pair<std::string, int> limits[] = {{"\nrelease main ", 3000},
+                                                  {"\nrelease kpi ", 3000},
                                                   {"\nunload ", 2000},
                                                   {"\nblocked ", 500}}; // milliseconds
     for (const auto& [what, limit] : limits)

@@ -54,6 +54,6 @@ private:
 
 // Fails the case unless the host has ended by itself, and each release, each unloading and each
 // wait of the host's other threads that it printed was as short as it has to be.
-void ExpectCleanEnd(const ProgramResult& run, int releaseLimit = 3000);
+void ExpectCleanEnd(const ProgramResult& run);
 
 } // namespace module
