@@ -10,8 +10,7 @@
 
 namespace soak {
 
-// One host with the real module, a collector and an installation of its own, in the prefix that all
-// hosts share.
+// One host with the real module, a collector and an installation of its own.
 class CStay : public module::CModuleTest
 {
 public:
@@ -21,9 +20,10 @@ public:
     explicit CStay(bool measurementProtocol = false);
     ~CStay() override;
 
-    using CModuleTest::GetPrefix;
-    using CModuleTest::ResetPrefix;
-    using CModuleTest::RunHost;
+    // The calling thread's. A host that is killed in its TLS handshake leaves a semaphore of Wine's
+    // taken, for which all hosts beside it in its prefix would wait from then on.
+    static module::CWinePrefix& GetPrefix();
+    module::ProgramResult RunHost(const std::string& commands, std::chrono::seconds limit) const;
 
     // A file below the host's folder.
     std::filesystem::path At(const std::string& name) const { return hostFolder / name; }
@@ -39,7 +39,7 @@ public:
     // Starts an HTTP proxy, Debian's tinyproxy, until the stay's end. Returns its port.
     int StartProxy(bool asksForPassword) const;
 
-    // Puts the registry, which all hosts share, back and adds the lines of a .reg file.
+    // Puts the prefix's registry back and adds the lines of a .reg file.
     void SetRegistry(const std::string& lines) const;
 
     collector::CCollector& GetServer() { return secure ? *secure : collector; }
@@ -70,8 +70,8 @@ Scene MakeScene(const std::string& fault, const std::string& where,
 // Every fault of the network and of servers.
 std::vector<Scene> GetNetworkScenes(bool measurementProtocol);
 
-// What is wrong with the computer, and so for all hosts: proxies, the registry. One after the
-// other, and nothing beside them; SetRegistry() puts the computer back.
+// What is wrong with the computer, and so for all hosts of a prefix: proxies, the registry. One
+// after the other; SetRegistry() puts the prefix back.
 std::vector<Scene> GetComputerScenes();
 
 // Every kind of broken or hostile file, and of a host's odd calls.

@@ -139,6 +139,17 @@ CStay::CStay(bool measurementProtocol)
               "[UA]\nEnabled=1\nId=UA-7\nURL=https://127.0.0.1/collect\n");
 }
 
+module::CWinePrefix& CStay::GetPrefix()
+{
+    static thread_local module::CWinePrefix own;
+    return own;
+}
+
+module::ProgramResult CStay::RunHost(const std::string& commands, std::chrono::seconds limit) const
+{
+    return GetPrefix().Run({At("host.exe"), "--watch"}, commands, limit);
+}
+
 // With a server of Wine's of its own, which makes the sockets.
 module::ProgramResult CStay::RunOffline(const std::string& commands,
                                         std::chrono::seconds limit) const

@@ -269,7 +269,6 @@ try
 {
     using namespace soak;
     ReadOptions(count, values);
-    CStay::GetPrefix();
     RunLane(0);
     std::vector<std::future<void>> lanes;
     for (const int lane : {1, 2, 3, 4, 5})
@@ -285,7 +284,6 @@ try
         if (!hits.empty())
             PutIntoReport(report, "hits", hits);
     }
-    CStay::ResetPrefix();
     return isBroken ? 2 : table.IsClean() ? 0 : 1;
 }
 catch (const std::exception& failure)
