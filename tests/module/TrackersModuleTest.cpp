@@ -115,7 +115,7 @@ TEST_F(TrackersModuleTest, TwoRunsArriveByteForByte)
                                  "eventex Once Only \"\" \"\" Page once\n"
                                  "message \"Hi, you\"\n"
                                  "purchase \"Backup Pack\" P1 10.0 O7 3\n"
-                                 "sleep 5000\n";
+                                 "sleep 7000\n";
     EXPECT_EQ(Report(commands + "exit\n"), MakeRun("<1>", "1"));
     EXPECT_EQ(Report(commands), MakeRun("<3>", "2"));
 }

@@ -73,8 +73,9 @@ CWinePrefix::CWinePrefix() : folder(MakeTemporaryFolder("wine"))
     RunTool({tool, base, GetWindowsBuild() / "tools/trust/zotrust.exe",
              collector::CAuthority(GetAuthorityFolder()).GetDerPath()});
     RunTool({tool, "--from", base, folder});
-    // Programs that started at once would race for making it.
+    // Programs that started at once would race for making it, and for starting Wine's services.
     RunProgram({server, "-p"}, {"WINEPREFIX=" + folder.string()}, {}, std::chrono::seconds(10));
+    Run({"cmd.exe", "/c", "exit"});
 }
 
 CWinePrefix::~CWinePrefix()
