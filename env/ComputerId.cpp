@@ -106,9 +106,7 @@ std::wstring FindComputerId()
 
 std::wstring GetComputerId()
 {
-    CProcessCache& cache = CProcessCache::Get();
-    const std::wstring id = cache.Find(ECachedText::ComputerId);
-    return id.empty() ? cache.Keep(ECachedText::ComputerId, FindComputerId()) : id;
+    return CProcessCache::Get().FindOrKeep(ECachedText::ComputerId, FindComputerId);
 }
 
 std::wstring BuildComputerIdSeed(const std::vector<platform::NetworkAdapter>& adapters,

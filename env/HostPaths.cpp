@@ -21,30 +21,23 @@ std::wstring FindApplicationFolder()
 
 std::wstring GetCommonDataFolder()
 {
-    CProcessCache& cache = CProcessCache::Get();
-    const std::wstring folder = cache.Find(ECachedText::CommonDataFolder);
-    return folder.empty() ? cache.Keep(ECachedText::CommonDataFolder,
-                                       platform::GetSpecialFolder(commonApplicationData))
-                          : folder;
+    return CProcessCache::Get().FindOrKeep(ECachedText::CommonDataFolder, [] {
+        return platform::GetSpecialFolder(commonApplicationData);
+    });
 }
 
 } // namespace
 
 std::wstring GetApplicationFolder()
 {
-    CProcessCache& cache = CProcessCache::Get();
-    const std::wstring folder = cache.Find(ECachedText::ApplicationFolder);
-    return folder.empty() ? cache.Keep(ECachedText::ApplicationFolder, FindApplicationFolder())
-                          : folder;
+    return CProcessCache::Get().FindOrKeep(ECachedText::ApplicationFolder, FindApplicationFolder);
 }
 
 std::wstring GetApplicationFilePath()
 {
-    CProcessCache& cache = CProcessCache::Get();
-    const std::wstring path = cache.Find(ECachedText::ApplicationFilePath);
-    return path.empty() ? cache.Keep(ECachedText::ApplicationFilePath,
-                                     platform::GetHostExecutablePath(pathBufferSize))
-                        : path;
+    return CProcessCache::Get().FindOrKeep(ECachedText::ApplicationFilePath, [] {
+        return platform::GetHostExecutablePath(pathBufferSize);
+    });
 }
 
 std::wstring GetFileName(const std::wstring& path)

@@ -36,11 +36,9 @@ std::wstring GetApplicationProductName() { return GetFileProductName(GetApplicat
 
 std::wstring GetApplicationProductVersion()
 {
-    CProcessCache& cache = CProcessCache::Get();
-    const std::wstring version = cache.Find(ECachedText::ProductVersion);
-    return version.empty() ? cache.Keep(ECachedText::ProductVersion,
-                                        GetFileProductVersion(GetApplicationFilePath()))
-                           : version;
+    return CProcessCache::Get().FindOrKeep(ECachedText::ProductVersion, [] {
+        return GetFileProductVersion(GetApplicationFilePath());
+    });
 }
 
 } // namespace env

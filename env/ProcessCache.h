@@ -40,6 +40,14 @@ public:
     // the text to go on with, so that all threads agree.
     std::wstring Keep(ECachedText which, std::wstring found);
 
+    // The cached text, or else what `find` finds, which is kept.
+    template <class Finder>
+    std::wstring FindOrKeep(ECachedText which, Finder&& find)
+    {
+        std::wstring text = Find(which);
+        return text.empty() ? Keep(which, find()) : text;
+    }
+
     // Forgets everything and frees it. While no other thread uses the cache.
     void Reset() noexcept;
 
