@@ -30,28 +30,22 @@ TrackerText View(const std::wstring& text) { return std::wstring_view(text); }
 
 } // namespace
 
-int CallWithEverythingOdd(ITracker& tracker)
+void CallWithEverythingOdd(ITracker& tracker)
 {
-    int reported = 0;
     for (const std::wstring& text : oddTexts)
     {
         tracker.TrackEvent(text.c_str(), text.c_str(), text.c_str(), View(text), View(text));
         tracker.TrackEventEx(View(text), View(text), View(text), View(text), View(text), true);
         tracker.TrackMessage(View(text));
-        reported += 3;
         for (const double price : oddPrices)
-        {
             tracker.TrackPurchase(View(text), View(text), price, View(text),
                                   std::numeric_limits<std::int32_t>::min());
-            ++reported;
-        }
         tracker.SetProductName(View(text));
         tracker.Initialize(text.c_str());
     }
     tracker.TrackEvent(nullptr, nullptr, nullptr, {}, {});
     tracker.Initialize(nullptr);
     tracker.SetProductName({});
-    return reported + 1;
 }
 
 } // namespace host

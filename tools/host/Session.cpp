@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
@@ -28,13 +29,10 @@ void Print(const char* format, Values... values)
 
 int ToNumber(const std::wstring& word) { return ::_wtoi(word.c_str()); }
 
-long GetMicroseconds()
+long CountMicroseconds(std::chrono::steady_clock::time_point since)
 {
-    LARGE_INTEGER count = {}, frequency = {};
-    ::QueryPerformanceCounter(&count);
-    ::QueryPerformanceFrequency(&frequency);
-    return static_cast<long>(count.QuadPart % (1000 * frequency.QuadPart) * 1'000'000 /
-                             frequency.QuadPart);
+    const auto passed = std::chrono::steady_clock::now() - since;
+    return static_cast<long>(passed / std::chrono::microseconds(1));
 }
 
 // Runs `work` and prints how long it took.
@@ -126,9 +124,9 @@ void CSession::ForEach(const std::function<void(ITracker&)>& operation, bool isH
     const auto perform = [&](ITracker* tracker) {
         if (tracker == nullptr)
             return;
-        const long start = GetMicroseconds();
+        const auto start = std::chrono::steady_clock::now();
         operation(*tracker);
-        const long passed = isHit ? GetMicroseconds() - start : 0;
+        const long passed = isHit ? CountMicroseconds(start) : 0L;
         callCount += isHit;
         for (long longest = longestCall; passed > longest;)
             if (longestCall.compare_exchange_weak(longest, passed))
