@@ -76,7 +76,8 @@ std::string MakeBinary(std::size_t size)
 
 const std::string config = "[install]\r\ntracking=1\r\n";
 const std::string history =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<root><FPa>1</FPa></root>";
+    "<?xml version=\"1.0\" "
+    "encoding=\"UTF-8\"?>\n<SimpleXMLElement>\n\t<FPa>1</FPa>\n</SimpleXMLElement>\n";
 
 // --- the host's version resource ----------------------------------------------------------------
 
@@ -215,7 +216,8 @@ std::vector<Scene> GetHostileScenes()
         MakeFileScene("binary", "content/tallyhive.xml", MakeBinary(100'000)),
         MakeFileScene("100,000 levels", "content/tallyhive.xml", Repeat("<a>", 100'000)),
         MakeFileScene("7 MB of entries", "content/tallyhive.xml",
-                      "<root>" + Repeat("<FPabc>1</FPabc>", 450'000) + "</root>"),
+                      "<SimpleXMLElement>" + Repeat("<FPabc>1</FPabc>", 450'000) +
+                          "</SimpleXMLElement>"),
         MakeFileScene("100 MB", "content/tallyhive.xml", Repeat("<FPabc>1</FPabc>", 6'500'000)),
         MakeFileScene("a COUNT that lies", "content/tallyhive.dat",
                       "[events]\r\nCOUNT=2147483647\r\nFP0=a\r\n"),
