@@ -2,6 +2,8 @@
 
 #include "tools/collector/Faults.h"
 
+#include <unistd.h>
+
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -158,7 +160,8 @@ module::ProgramResult CStay::RunOffline(const std::string& commands,
     const module::CWinePrefix own;
     const std::vector environment{"WINEPREFIX=" + own.GetDriveC().parent_path().string()};
     module::RunProgram({"/usr/lib/wine/wineserver64", "-k"}, environment, {}, limit);
-    return module::RunProgram({"unshare", "--user", "--map-current-user", "--net",
+    const std::string user = ::geteuid() == 0 ? "" : "--user --map-current-user";
+    return module::RunProgram({"sh", "-c", "exec unshare --net " + user + " \"$@\"", "offline",
                                ZO_SOURCE_FOLDER "/cmake/wine", At("host.exe"), "--watch"},
                               environment, commands, limit);
 }
