@@ -59,7 +59,8 @@ void Check(FuzzInput input)
     {
         const std::string bytes = take();
         for (const std::wstring& folder : folders)
-            simulated::PutFile(folder + name, bytes);
+            if (!bytes.empty()) // without the old history the present one is read
+                simulated::PutFile(folder + name, bytes);
     }
     FuzzInput version{input.Take("\n--\n")};
     const auto translation = std::strtoul(std::string(version.Take()).c_str(), nullptr, 16);
