@@ -11,7 +11,6 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using Registry = CCase;
 
-// Whether the user's classes are separate too depends on the system's version.
 TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
 {
     using enum ERegistryRoot;
@@ -22,13 +21,12 @@ TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
         ERegistryRoot root;
         std::wstring subKey;
         ERegistryView created;
-        Views seen, hidden;
+        Views seen;
     } cases[] = {
-        {ClassesRoot, classKey, View32, {View32}, {View64, Default}},
-        {ClassesRoot, classKey, Default, {View64, Default}, {View32}},
-        {CurrentUser, userClassKey, View32, {View32}, {}},
-        {CurrentUser, classKey, View32, {View32, View64, Default}, {}},
-        {CurrentUser, otherKey, View32, {View32, View64, Default}, {}},
+        {ClassesRoot, classKey, View32, {View32}},
+        {ClassesRoot, classKey, Default, {View64, Default}},
+        {CurrentUser, classKey, View32, {View32, View64, Default}},
+        {CurrentUser, otherKey, View32, {View32, View64, Default}},
     };
     for (const auto& c : cases)
     {
@@ -39,11 +37,11 @@ TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
             ASSERT_TRUE(CRegistryKey::Create(c.root, c.subKey, c.created, existed)) << what;
             EXPECT_EQ(existed, expected) << what;
         }
-        const auto opens = [&c](ERegistryView view) {
-            return bool(CRegistryKey::Open(c.root, c.subKey, ERegistryAccess::All, view));
-        };
-        EXPECT_TRUE(std::all_of(c.seen.begin(), c.seen.end(), opens)) << what;
-        EXPECT_TRUE(std::none_of(c.hidden.begin(), c.hidden.end(), opens)) << what;
+        Views seen;
+        for (const ERegistryView view : {View32, View64, Default})
+            if (CRegistryKey::Open(c.root, c.subKey, ERegistryAccess::All, view))
+                seen.push_back(view);
+        EXPECT_EQ(seen, c.seen) << what;
         Clean();
     }
 }

@@ -9,6 +9,7 @@ void Clean()
 {
     simulated::Reset();
     simulated::PutFolder(L"C:\\ProgramData");
+    simulated::PutEnvironmentVariable(L"ZO_CONTRACT", L"va%lue");
     // The contents of Contract.rc, which the Windows build of this program carries.
     simulated::SetVersionInfo(
         platform::GetHostExecutablePath(32780),
@@ -20,11 +21,6 @@ void Clean()
 void SetReadOnly(const std::wstring& path, bool readOnly)
 {
     simulated::SetReadOnly(path, readOnly);
-}
-
-void SetEnvironmentText(const std::wstring& name, const std::wstring& value)
-{
-    simulated::PutEnvironmentVariable(name, value);
 }
 
 } // namespace contract

@@ -12,14 +12,13 @@ namespace contract {
 // What the cases may create: this folder with files in it, and these keys.
 inline const std::wstring folder = L"C:\\ProgramData\\ZoTracker contract";
 inline const std::wstring classKey = L"CLSID\\{B2C64E0F-9A17-4D33-8F5B-60E1A7D2C984}";
-inline const std::wstring userClassKey = L"SOFTWARE\\Classes\\" + classKey;
 inline const std::wstring otherKey = L"Software\\ZoTracker contract";
 
-// Removes all that, in both views; puts the whole simulation into its first state.
+// Removes all that, in both views, and puts the whole simulation into its first state. The variable
+// ZO_CONTRACT of the environment is "va%lue".
 void Clean();
 
 void SetReadOnly(const std::wstring& path, bool readOnly);
-void SetEnvironmentText(const std::wstring& name, const std::wstring& value);
 
 // A case that begins with the empty folder.
 class CCase : public testing::Test

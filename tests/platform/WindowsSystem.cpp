@@ -9,10 +9,11 @@ namespace contract {
 void Clean()
 {
     std::filesystem::remove_all(folder);
+    ::SetEnvironmentVariableW(L"ZO_CONTRACT", L"va%lue");
     for (const REGSAM view : {KEY_WOW64_32KEY, KEY_WOW64_64KEY})
     {
         ::RegDeleteKeyExW(HKEY_CLASSES_ROOT, classKey.c_str(), view, 0);
-        for (const std::wstring& key : {classKey, userClassKey, otherKey})
+        for (const std::wstring& key : {classKey, otherKey})
             ::RegDeleteKeyExW(HKEY_CURRENT_USER, key.c_str(), view, 0);
     }
 }
@@ -20,11 +21,6 @@ void Clean()
 void SetReadOnly(const std::wstring& path, bool readOnly)
 {
     ::SetFileAttributesW(path.c_str(), readOnly ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL);
-}
-
-void SetEnvironmentText(const std::wstring& name, const std::wstring& value)
-{
-    ::SetEnvironmentVariableW(name.c_str(), value.c_str());
 }
 
 } // namespace contract

@@ -6,6 +6,7 @@
 #include "tests/simulated/SystemFacts.h"
 #include "text/CodePages.h"
 #include "text/Decimal.h"
+#include "zotracker/vnosal/VnString.h"
 
 #include <algorithm>
 #include <string_view>
@@ -132,17 +133,11 @@ bool ReplaceFileContents(const std::wstring& path, const std::string& bytes)
 bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring& expanded)
 {
     const auto held = disk.Hold();
-    std::wstring result;
-    for (std::wstring_view rest = text; !rest.empty();)
-    {
-        const std::size_t end = rest.front() == L'%' ? rest.find(L'%', 1) : 0;
-        const std::wstring piece(rest.substr(0, end == rest.npos ? end : end + 1));
-        const auto found = held->environment.find(piece);
-        result += found == held->environment.end() ? piece : found->second;
-        rest.remove_prefix(piece.size());
-    }
-    const bool expands = !held->expandingFails && result.size() < limit;
-    expanded = expands ? result : expanded;
+    VnOSAL::VnString result(text);
+    for (const auto& [name, value] : held->environment)
+        result.ReplaceAll(name, value, VnOSAL::ECase::Ignore);
+    const bool expands = !held->expandingFails && result.GetLength() < limit;
+    expanded = expands ? std::wstring(result) : expanded;
     return expands;
 }
 
@@ -206,7 +201,6 @@ std::size_t CopyProfileText(const std::wstring& section, const std::wstring& key
                             const std::wstring& defaultValue, std::span<wchar_t> buffer,
                             const std::wstring& path)
 {
-    disk->profileCalls.push_back({path, buffer.size()});
     const std::wstring value = FindValue(section, key, path).value_or(defaultValue);
     const std::size_t length = value.copy(buffer.data(), buffer.size() - 1);
     buffer[length] = 0;
@@ -216,7 +210,6 @@ std::size_t CopyProfileText(const std::wstring& section, const std::wstring& key
 std::int32_t ReadProfileInt(const std::wstring& section, const std::wstring& key,
                             std::int32_t defaultValue, const std::wstring& path)
 {
-    disk->profileCalls.push_back({path, 0});
     const std::wstring value = FindValue(section, key, path).value_or(L"");
     return value.empty() ? defaultValue : static_cast<std::int32_t>(text::ReadDecimal64(value));
 }
@@ -225,7 +218,6 @@ bool WriteProfileText(const std::wstring& section, const std::wstring& key,
                       const std::wstring& value, const std::wstring& path)
 {
     const auto held = disk.Hold(); // so that two writers do not lose each other's lines
-    held->profileCalls.push_back({path, 0});
     Lines lines = SplitLines(ReadProfile(path));
     FindLine(lines, section, key) = key + L"=" + value;
     std::wstring text;

@@ -5,7 +5,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 // The model's disk: folders and files of bytes, profile files too.
@@ -29,13 +28,6 @@ std::optional<std::string> ReadFileBytes(const std::wstring& path);
 // with it nothing can.
 void SetReadOnly(const std::wstring& path, bool readOnly);
 
-// One call of a profile function, as it was made.
-struct ProfileCall
-{
-    std::wstring path;
-    std::size_t bufferSize; // units; 0 unless a string is read
-};
-
 struct Item
 {
     bool isFolder = false;
@@ -49,7 +41,6 @@ struct Disk
     std::map<std::wstring, std::wstring, IgnoringCase> environment;       // by "%NAME%"
     std::vector<std::wstring> statusQueries; // of FileSystemItemExists, as they were given
     bool expandingFails = false;             // each ExpandEnvironment
-    std::vector<ProfileCall> profileCalls;
 };
 extern CState<Disk> disk;
 
@@ -58,8 +49,5 @@ inline void PutEnvironmentVariable(const std::wstring& name, const std::wstring&
 {
     disk->environment[L"%" + name + L"%"] = value;
 }
-
-// All calls of profile functions since the last take, in order.
-inline std::vector<ProfileCall> TakeProfileCalls() { return std::exchange(disk->profileCalls, {}); }
 
 } // namespace simulated
