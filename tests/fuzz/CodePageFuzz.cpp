@@ -1,5 +1,6 @@
 #include "tests/fuzz/FuzzInput.h"
 #include "text/CodePages.h"
+#include "text/Units.h"
 #include "zotracker/vnosal/VnAString.h"
 
 #include <iconv.h>
@@ -26,10 +27,8 @@ std::optional<std::string> Convert(const char* to, const char* from, std::string
 
 std::string BytesOf(std::wstring_view units)
 {
-    std::string bytes;
-    for (const wchar_t unit : units)
-        bytes.append({static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)});
-    return bytes;
+    const std::vector<std::uint8_t> bytes = text::EncodeUnits(units);
+    return {bytes.begin(), bytes.end()};
 }
 
 } // namespace

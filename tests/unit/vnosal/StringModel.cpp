@@ -18,70 +18,44 @@ std::size_t ReplaceAll(std::wstring& text, const std::wstring& what, const std::
     return count;
 }
 
-class CModel
+struct Slot
 {
-public:
-    explicit CModel(std::span<const std::uint8_t> script) : rest(script) {}
-
-    bool IsAtEnd() const { return rest.empty(); }
-    bool Step();
-    bool Agrees() const
-    {
-        return std::all_of(slots, std::end(slots), [](const Slot& slot) {
-            const VnString& text = slot.text;
-            return text.IsValid() && text == slot.model && text.GetText()[text.GetLength()] == 0 &&
-                   text.GetCapacity() >= text.GetLength();
-        });
-    }
-
-private:
-    struct Slot
-    {
-        VnString text;
-        std::wstring model;
-    };
-
-    std::uint8_t TakeByte()
-    {
-        const std::uint8_t byte = rest.empty() ? 0 : rest[0];
-        rest = rest.subspan(rest.empty() ? 0 : 1);
-        return byte;
-    }
-
-    // Around the edges of short texts and of the pools' blocks.
-    std::size_t TakePosition()
-    {
-        const std::uint8_t byte = TakeByte();
-        const std::size_t edges[] = {62, 63, 64, 127, 128, 255, 256, 511, 512, 1000};
-        return byte < 200 ? byte % 40 : byte == 255 ? VnString::npos : edges[byte % 10];
-    }
-
-    std::wstring TakeText()
-    {
-        std::wstring text(std::min<std::size_t>(TakePosition(), 600), L' ');
-        const std::uint8_t seed = TakeByte();
-        for (std::size_t i = 0; i < text.size(); ++i)
-            text[i] = static_cast<wchar_t>(L'a' + (seed + i * (seed % 5)) % 3);
-        return text;
-    }
-
-    std::span<const std::uint8_t> rest;
-    Slot slots[4];
+    VnString text;
+    std::wstring model;
 };
 
-bool CModel::Step()
+// Around the edges of short texts and of the pools' blocks.
+std::size_t TakePosition(fuzz::FuzzInput& script)
 {
-    const int operation = TakeByte() % 13;
-    auto& [text, model] = slots[TakeByte() % 4];
-    const auto& [otherText, otherModel] = slots[TakeByte() % 4];
+    const std::uint8_t byte = script.TakeByte();
+    const std::size_t edges[] = {62, 63, 64, 127, 128, 255, 256, 511, 512, 1000};
+    return byte < 200 ? byte % 40 : byte == 255 ? VnString::npos : edges[byte % 10];
+}
+
+std::wstring TakeText(fuzz::FuzzInput& script)
+{
+    std::wstring text(std::min<std::size_t>(TakePosition(script), 600), L' ');
+    const std::uint8_t seed = script.TakeByte();
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = static_cast<wchar_t>(L'a' + (seed + i * (seed % 5)) % 3);
+    return text;
+}
+
+// One operation; whether the answers were the same.
+bool Step(fuzz::FuzzInput& script, Slot (&slots)[4])
+{
+    const int operation = script.TakeByte() % 13;
+    auto& [text, model] = slots[script.TakeByte() % 4];
+    const auto& [otherText, otherModel] = slots[script.TakeByte() % 4];
     if (model.size() > 3000)
     {
         text.Clear();
         model.clear();
     }
-    const std::size_t position = std::min(TakePosition(), model.size());
-    const std::size_t count = TakePosition();
-    const std::wstring argument = TakeText();
+    const std::size_t position = std::min(TakePosition(script), model.size());
+    const std::size_t count = TakePosition(script);
+    const std::wstring argument = TakeText(script);
+    const std::wstring word = argument.substr(0, 2);
     switch (operation)
     {
     case 0:
@@ -115,16 +89,12 @@ bool CModel::Step()
         text = std::wstring_view(text).substr(position, count);
         model = model.substr(position, count);
         return true;
-    case 8: {
-        const std::wstring with = otherModel.substr(0, 9);
-        return text.ReplaceAll(argument.substr(0, 2), with) ==
-               ReplaceAll(model, argument.substr(0, 2), with);
-    }
-    case 9: {
-        const std::wstring what = argument.substr(0, 3);
-        return text.Find(what, position) == model.find(what, position) &&
-               text.FindLast(what, position) == model.rfind(what, position);
-    }
+    case 8:
+        return text.ReplaceAll(word, otherModel.substr(0, 9)) ==
+               ReplaceAll(model, word, otherModel.substr(0, 9));
+    case 9:
+        return text.Find(word, position) == model.find(word, position) &&
+               text.FindLast(word, position) == model.rfind(word, position);
     case 10:
         return text.FindAnyOf(L"bx", count) == model.find_first_of(L"bx", count) &&
                text.FindLastAnyOf(L"bx", count) == model.find_last_of(L"bx", count) &&
@@ -143,11 +113,16 @@ bool CModel::Step()
 
 } // namespace
 
-std::string CompareWithModel(std::span<const std::uint8_t> script)
+std::string CompareWithModel(fuzz::FuzzInput script)
 {
-    CModel model(script);
-    for (int step = 1; !model.IsAtEnd(); ++step)
-        if (!model.Step() || !model.Agrees())
+    Slot slots[4];
+    const auto agrees = [](const Slot& slot) {
+        const VnString& text = slot.text;
+        return text.IsValid() && text == slot.model && text.GetText()[text.GetLength()] == 0 &&
+               text.GetCapacity() >= text.GetLength();
+    };
+    for (int step = 1; !script.rest.empty(); ++step)
+        if (!Step(script, slots) || !std::all_of(slots, std::end(slots), agrees))
             return "step " + std::to_string(step);
     return {};
 }

@@ -38,8 +38,6 @@ public:
     std::uint64_t items = 0;
     std::uint64_t bytes = 0;
     std::vector<VnString> failures;
-
-private:
     const int cancelAt;
 };
 

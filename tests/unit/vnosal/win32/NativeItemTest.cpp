@@ -22,13 +22,6 @@ void NativeItems::MakeFolderLink(std::wstring_view link, std::wstring_view targe
 
 namespace {
 
-TEST(VnPath, FindsSpecialFolders)
-{
-    constexpr int localApplicationData = 0x1C;
-    EXPECT_TRUE(VnPath::GetSpecialFolder(localApplicationData).IsAbsolute());
-    EXPECT_TRUE(VnPath::GetSpecialFolder(0x7F).IsEmpty());
-}
-
 TEST_F(NativeItems, AreRecycled)
 {
     WriteFile(L"f", "text");
