@@ -136,7 +136,7 @@ bool ExpandEnvironment(const std::wstring& text, std::size_t limit, std::wstring
     VnOSAL::VnString result(text);
     for (const auto& [name, value] : held->environment)
         result.ReplaceAll(name, value, VnOSAL::ECase::Ignore);
-    const bool expands = !held->expandingFails && result.GetLength() < limit;
+    const bool expands = result.GetLength() < limit;
     expanded = expands ? std::wstring(result) : expanded;
     return expands;
 }

@@ -40,7 +40,6 @@ struct Disk
     std::map<std::wstring, Item, IgnoringCase> items = {{L"C:", {true}}}; // by normalized path
     std::map<std::wstring, std::wstring, IgnoringCase> environment;       // by "%NAME%"
     std::vector<std::wstring> statusQueries; // of FileSystemItemExists, as they were given
-    bool expandingFails = false;             // each ExpandEnvironment
 };
 extern CState<Disk> disk;
 

@@ -26,10 +26,9 @@ bool QueryVersionEx(SystemVersion& version)
 
 bool QueryNativeArchitecture(std::uint16_t& architecture)
 {
-    const auto held = facts.Hold();
-    ++held->architectureQueries;
-    architecture = held->architecture.value_or(architecture);
-    return held->architecture.has_value();
+    const auto known = facts->architecture;
+    architecture = known.value_or(architecture);
+    return known.has_value();
 }
 
 bool QueryComputerName(std::size_t limit, std::wstring& name)
@@ -68,9 +67,7 @@ std::wstring GetSpecialFolder(int folderId) { return facts->specialFolders[folde
 // The block holds nothing but the path of its file.
 CVersionResource::CVersionResource(const std::wstring& filePath)
 {
-    const auto held = facts.Hold();
-    ++held->versionReads;
-    if (held->versionInfos.contains(filePath))
+    if (facts->versionInfos.contains(filePath))
         block = text::EncodeUnits(filePath);
 }
 

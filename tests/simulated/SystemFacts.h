@@ -27,7 +27,6 @@ struct SystemFacts
     std::optional<platform::SystemVersion> version = platform::SystemVersion{6, 1};
     std::uint32_t packedVersion = 0x1DB10106;
     std::optional<std::uint16_t> architecture = std::uint16_t{9};
-    std::size_t architectureQueries = 0; // so far
     std::uint16_t languageId = 0x0409;
     platform::ScreenSize screen = {1024, 768};
     std::optional<std::wstring> computerName = L"COMPUTER";
@@ -37,7 +36,6 @@ struct SystemFacts
     std::wstring executable = L"C:\\Host\\Host.exe";                         // of the host process
     std::map<int, std::wstring> specialFolders = {{35, L"C:\\ProgramData"}}; // by CSIDL number
     std::map<std::wstring, VersionInfo, IgnoringCase> versionInfos; // by file, which need not exist
-    std::size_t versionReads = 0;                                   // with or without success
 };
 extern CState<SystemFacts> facts;
 
