@@ -1,14 +1,34 @@
+#include "tests/simulated/Files.h"
 #include "xml/SimpleXMLElement.h"
 #include "xml/XmlEscaping.h"
 
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <string>
 #include <thread>
 
 using xml::SimpleXMLElement;
+
+namespace {
+
+const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+const wchar_t* const path = L"C:\\content\\tallyhive.xml";
+
+// Puts the key before the text, and takes it away again.
+struct CPrefix : xml::IXmlTransformer
+{
+    std::string Encode(const std::string& key, const std::string& text) override
+    {
+        return key + text;
+    }
+    std::string Decode(const std::string& key, const std::string& text) override
+    {
+        return text.substr(key.size());
+    }
+};
+
+} // namespace
 
 TEST(Escaping, ReplacesTheFiveCharacters)
 {
@@ -37,56 +57,34 @@ TEST(Escaping, UnescapesEntitiesInOrderThenReferences)
 TEST(Element, KeepsNamesEscapedAndShowsThemPlain)
 {
     EXPECT_EQ(SimpleXMLElement().GetName(), L"SimpleXMLElement");
-    EXPECT_EQ(SimpleXMLElement(L"R&D\xE9 &lt;", 1).GetName(), L"R&D\xE9 &lt;");
-    EXPECT_EQ(SimpleXMLElement(L"R&D\xE9", 1).ToString(" "),
-              " <R&amp;D\xC3\xA9>1</R&amp;D\xC3\xA9>\n");
+    const SimpleXMLElement element(L"R&D\xE9 &lt;", 1);
+    EXPECT_EQ(element.GetName(), L"R&D\xE9 &lt;");
+    EXPECT_EQ(element.ToString(" "), " <R&amp;D\xC3\xA9 &amp;lt;>1</R&amp;D\xC3\xA9 &amp;lt;>\n");
 }
 
 TEST(Element, ReadsTheNumberThatItsValueBeginsWith)
 {
-    const struct
-    {
-        const char* value;
-        std::int32_t integer;
-        double number; // with a decimal point or comma
-    } cases[] = {
+    const std::tuple<const char*, std::int32_t, double> cases[] = {
         {".", 0, 0},          {"-", 0, 0},          {"inf", 0, 0},
         {"3.5", 3, 3.5},      {" -0,25x", 0, -.25}, {"1,234.5", 1, 1.234},
         {".5", 0, .5},        {"1,5E-2", 1, .015},  {"1e+", 1, 1},
         {"5#_#lbr#_#", 5, 5}, {"#_#lbr#_#5", 0, 0}, {"-1e999", -1, -HUGE_VAL},
     };
     SimpleXMLElement element;
-    const auto expectNumbers = [&element](std::int32_t integer, double number) {
-        EXPECT_EQ(element.GetValueAsInteger(), integer) << element.GetValue();
-        EXPECT_EQ(element.GetValueAsInteger64(), integer) << element.GetValue();
-        EXPECT_EQ(element.GetValueAsNumber(), number) << element.GetValue();
-    };
-    for (const char* locale : {"de_DE.UTF-8", "German", "C"})
+    for (const auto& [value, integer, number] : cases)
     {
-        if (std::setlocale(LC_NUMERIC, locale) == nullptr)
-            continue;
-        for (const auto& c : cases)
-        {
-            element.SetValue(c.value);
-            expectNumbers(c.integer, c.number);
-        }
+        element.SetValue(value);
+        EXPECT_EQ(element.GetValueAsInteger(), integer) << value;
+        EXPECT_EQ(element.GetValueAsInteger64(), integer) << value;
+        EXPECT_EQ(element.GetValueAsNumber(), number) << value;
     }
     element.SetValue("5\n\n");
     EXPECT_EQ(element.GetValue(), "5#_#lbr#_##_#lbr#_#");
     element.SetValue(-7);
     EXPECT_EQ(element.GetValue(), "-7");
-    expectNumbers(-7, -7);
-}
-
-TEST(Element, ReusesAChildOnlyWhenAsked)
-{
-    SimpleXMLElement root;
-    SimpleXMLElement* first = root.AddChild(L"a", 1, false);
-    EXPECT_EQ(root.AddChild(L"A", 2, true), first);
-    EXPECT_EQ(first->GetValueAsInteger(), 2);
-    EXPECT_EQ(root.AddChild(L"a", true, false)->GetValue(), "1");
-    EXPECT_EQ(root.GetChildCount(), 2u);
-    EXPECT_EQ(root.GetChild(2), nullptr);
+    EXPECT_EQ(element.GetValueAsInteger(), -7);
+    EXPECT_EQ(element.GetValueAsInteger64(), -7);
+    EXPECT_EQ(element.GetValueAsNumber(), -7);
 }
 
 TEST(Element, FindsChildrenWithoutRegardToCase)
@@ -102,27 +100,36 @@ TEST(Element, FindsChildrenWithoutRegardToCase)
         const SimpleXMLElement* found = root.FindChild(name);
         EXPECT_EQ(found == nullptr ? 0 : found->GetValueAsInteger(), value) << name;
     }
-    for (const std::wstring name : {L"a\vb", L"&apos;", L"&#65;", L"\xD800", L"<>", L" x "})
+}
+
+TEST(Element, ReusesAChildOnlyWhenAsked)
+{
+    SimpleXMLElement root;
+    for (const std::wstring name : {L"z", L"a\vb", L"&apos;", L"&#65;", L"\xD800", L"<>", L" x "})
     {
-        SimpleXMLElement* added = root.AddChild(name, 1, false);
-        EXPECT_EQ(root.AddChild(name, 2, true), added) << name;
+        SimpleXMLElement* first = root.AddChild(name, 1, false);
+        EXPECT_EQ(root.AddChild(name, 2, true), first) << name;
+        EXPECT_EQ(first->GetValueAsInteger(), 2);
+        EXPECT_EQ(root.AddChild(name, true, false)->GetValue(), "1");
     }
+    EXPECT_EQ(root.GetChildCount(), 14u);
+    EXPECT_EQ(root.GetChild(14), nullptr);
 }
 
 TEST(Element, RemembersTheLastHitByItsIndex)
 {
     SimpleXMLElement root;
     EXPECT_EQ(root.FindChild(L""), nullptr);
-    SimpleXMLElement* a = root.AddChild(L"a", 1, false);
-    EXPECT_EQ(root.FindChild(L""), a); // nothing was searched yet
-    SimpleXMLElement* b = root.AddChild(L"b", 2, false);
-    EXPECT_EQ(root.FindChild(L"b"), b);
+    for (const wchar_t* name : {L"a", L"b"})
+        root.AddChild(name, 1, false);
+    EXPECT_EQ(root.FindChild(L""), root.GetChild(0)); // nothing was searched yet
+    EXPECT_EQ(root.FindChild(L"b"), root.GetChild(1));
     EXPECT_EQ(root.FindChild(L"missing"), nullptr);
     root.Clear();
     EXPECT_EQ(root.FindChild(L"B"), nullptr); // out of range
-    root.AddChild(L"c", 3, false);
-    SimpleXMLElement* d = root.AddChild(L"d", 4, false);
-    EXPECT_EQ(root.FindChild(L"b"), d);
+    for (const wchar_t* name : {L"c", L"d"})
+        root.AddChild(name, 1, false);
+    EXPECT_EQ(root.FindChild(L"b"), root.GetChild(1));
     EXPECT_EQ(root.FindChild(L"c"), root.GetChild(0));
     EXPECT_EQ(root.FindChild(L"b"), nullptr);
 }
@@ -133,10 +140,49 @@ TEST(Element, AppendsAttributes)
     EXPECT_TRUE(element.SetAttribute("  a b ", " 1 "));
     EXPECT_TRUE(element.SetAttribute("a b", "2"));
     EXPECT_EQ(element.ToString(" "), " <r a b = \" 1 \"  a b = \"2\" >kept</r>\n");
-    EXPECT_EQ(element.GetAttributes().at(1).valueAsNumber, 0); // never filled
     element.AddChild(L"c", 1, false)->AddChild(L"d", 2, false);
     element.Clear();
     EXPECT_EQ(element.ToString(" "), " <r>kept</r>\n");
+}
+
+TEST(Element, IsWrittenToAFileAndReadBackThroughATransformer)
+{
+    simulated::Reset();
+    simulated::PutFolder(L"C:\\content");
+    SimpleXMLElement root("<r a=\"1\"><c>x</c></r>", false);
+    root.SetAttribute("b", "<");
+    root.GetChild(0)->AddChild(L"d", 5, false);
+    EXPECT_EQ(root.GetChild(0)->ToString("  "), "  <c>\n  \t<d>5</d>\n  </c>\n");
+    const std::string text =
+        declaration + "<r a = \"1\"  b = \"<\" >\n\t<c>\n\t\t<d>5</d>\n\t</c>\n</r>\n";
+    EXPECT_FALSE(root.Load(path)) << "there is none yet";
+    EXPECT_FALSE(root.Save(L"C:\\nowhere\\tallyhive.xml"));
+    ASSERT_TRUE(root.Save(path));
+    EXPECT_EQ(simulated::ReadFileBytes(path), text);
+    CPrefix prefix;
+    ASSERT_TRUE(root.Save(path, &prefix, "key"));
+    simulated::SetReadOnly(path, true);
+    EXPECT_FALSE(root.Save(path));
+    EXPECT_EQ(simulated::ReadFileBytes(path), "key" + text);
+    SimpleXMLElement loaded;
+    ASSERT_TRUE(loaded.Load(path, &prefix, "key"));
+    EXPECT_EQ(loaded.ToString(""), text);
+}
+
+TEST(Element, AddsAFileToWhatItHolds)
+{
+    simulated::Reset();
+    const std::pair<const char*, const char*> cases[] = {
+        {"no root</x>", "< o = \"1\" >\n\t<c>1</c>\n</>\n"},
+        {"<s p=\"2\"><d>2</d></s>", "<s o = \"1\"  p = \"2\" >\n\t<c>1</c>\n\t<d>2</d>\n</s>\n"},
+    };
+    for (const auto& [file, expected] : cases)
+    {
+        simulated::PutFile(path, file);
+        SimpleXMLElement root("<r o=\"1\"><c>1</c></r>", false);
+        EXPECT_TRUE(root.Load(path)) << file;
+        EXPECT_EQ(root.ToString(""), declaration + expected) << file;
+    }
 }
 
 // Run with ThreadSanitizer, shows that every operation takes the lock.
