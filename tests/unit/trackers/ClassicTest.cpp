@@ -6,36 +6,16 @@ using namespace trackers;
 
 namespace {
 
-const wchar_t* const sessionKey = L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\2_Tidy Desk";
-
 class ClassicTest : public TrackerFixture
 {
 protected:
     ClassicTest() { PutConfig(""); }
-
-    void StartTracker(const wchar_t* name = L"", const wchar_t* folder = L"",
-                      const wchar_t* trackingId = L"")
-    {
-        Start<CZoTracker>(name, folder, trackingId);
-    }
-
-    // "SID LV CV PVC LPV" of the stored session.
-    static std::wstring FindState()
-    {
-        std::wstring state;
-        for (const wchar_t* name : {L"SID", L"LV", L"CV", L"PVC", L"LPV"})
-            state += simulated::FindRegistryText(ERegistryRoot::ClassesRoot, sessionKey,
-                                                 ERegistryView::View32, name)
-                         .value_or(L"-") +
-                     L" ";
-        return state;
-    }
 };
 
 TEST_F(ClassicTest, WholeRequests)
 {
     PutConfig("ProductName=Disk Tool\r\nPHASH=ab 1\r\nLanguage=de_DE\r\n");
-    StartTracker();
+    Start(EKind::Classic);
     tracker->TrackEvent(L"Scan", L"Start now", nullptr, L"", L"");
     tracker->TrackEventEx(L"", L"A", L"", L"", L"My page", false);
     tracker->TrackMessage(L"Hi, you");
@@ -111,14 +91,14 @@ TEST_F(ClassicTest, ConfigurationOfConstruction)
 {
     PutConfig("GAID=a\r\nGAURL=https://own:444/x?\r\nProductTrackingName=Tracking\r\n");
     simulated::facts->screen = {640, 480};
-    StartTracker();
+    Start(EKind::Classic);
     SendPageview();
     EXPECT_TRUE(GetWholeRequests().at(0).starts_with(
         L"GET own:444/x?utmwv=5.4.3&utms=1&utmn=5001&utmac=a&utmsr=640x480&utmp=Tracking"
         L"&utmhn=Tracking&utmcs=UTF-8&utmdt=Tracking&utmul=en%5FII&utmr=Tracking&aip=1"
         L"&utmcc=__utma%3D489999495."));
 
-    StartTracker(L"Given", L"acme", L"b");
+    Start(EKind::Classic, L"Given", L"acme", L"b");
     SendPageview();
     EXPECT_EQ(GetValues(L"utmac"), Texts{L"b"});
     EXPECT_EQ(GetValues(L"utmhn"), Texts{L"Given"});
@@ -129,25 +109,20 @@ TEST_F(ClassicTest, InitializeReadsBesideTheHostsPath)
 {
     PutConfig("PHASH=default\r\nProductName=Default\r\n");
     PutOtherHosts("PHASH=xy\r\nLanguage=fr_FR\r\nProductTrackingName=Not this\r\n");
-    StartTracker();
+    Start(EKind::Classic);
     simulated::SetTickMilliseconds(9000);
     tracker->Initialize(L"C:\\Other\\app.exe");
     SendPageview();
     simulated::SetTickMilliseconds(50'000);
     tracker->Initialize(L"C:\\Bare\\app.exe");
-    SendPageview();
-    PutConfig("", uaSection, L"C:\\Other\\install.cfg");
-    tracker->Initialize(L"C:\\Other\\app.exe");
     tracker->TrackPurchase(L"", L"", 1, L"", 1);
     simulated::AdvanceTime(4s);
-    EXPECT_EQ(GetValues(L"utmn"), (Texts{L"9001", L"9002", L"9003", L"9004", L"9005"}))
-        << "goes on";
-    EXPECT_EQ(GetValues(L"utmul"),
-              (Texts{L"fr%5FFR", L"fr%5FFR", L"en%5FII", L"en%5FII", L"en%5FII"}));
-    EXPECT_EQ(GetValues(L"utmhn"), (Texts{L"App", L"App", L"Default", L"App", L"App"}));
-    EXPECT_EQ(GetValues(L"utme"), (Texts{L"8(1!PHASH)9(1!XY)11(1!2)", L"-", L"-", L"-", L"-"}));
-    EXPECT_EQ(GetValues(L"utmtst").at(3), L"") << "none beside the host";
-    EXPECT_EQ(GetValues(L"utmtid").at(3), L"dbf14da391ce9b64c92c2697d8b0428d_3");
+    EXPECT_EQ(GetValues(L"utmn"), (Texts{L"9001", L"9002", L"9003", L"9004"})) << "goes on";
+    EXPECT_EQ(GetValues(L"utmul"), (Texts{L"fr%5FFR", L"fr%5FFR", L"en%5FII", L"en%5FII"}));
+    EXPECT_EQ(GetValues(L"utmhn"), (Texts{L"App", L"App", L"Default", L"Default"}));
+    EXPECT_EQ(GetValues(L"utme"), (Texts{L"8(1!PHASH)9(1!XY)11(1!2)", L"-", L"-", L"-"}));
+    EXPECT_EQ(GetValues(L"utmtst")[2], L"default") << "no file beside the host";
+    EXPECT_EQ(GetValues(L"utmtid")[2], L"dbf14da391ce9b64c92c2697d8b0428d_2");
     PutConfig("");
     tracker->SetProductName(L"");
     EXPECT_EQ(tracker->GetProductName(), L"App");
@@ -157,13 +132,13 @@ TEST_F(ClassicTest, InitializeReadsBesideTheHostsPath)
                    L"100569848525056100.") != first.npos);
     EXPECT_TRUE(first.ends_with(L"utmcsr=(xy)|utmccn=(partners)|utmcmd=(unknown)\r\n"
                                 L"User-Agent: App/9.9 (Windows NT 6.1; WOW64)\r\n\r\nDefault\r\n"));
-    EXPECT_EQ(FindState(), L"- - - - - ") << "the session is that of the other product";
+    EXPECT_EQ(FindSession(), L"- - - - -") << "the session is that of the other product";
 }
 
 TEST_F(ClassicTest, AnEventForOnceOnlyIsCountedButSentOnlyTheFirstTime)
 {
     const auto run = [this] {
-        StartTracker();
+        Start(EKind::Classic);
         tracker->SetContinueSession(true);
         for (int i = 0; i < 2; ++i)
             tracker->TrackEventEx(L"A", L"B", L"", L"", L"P", true);
@@ -181,7 +156,7 @@ TEST_F(ClassicTest, AnEventForOnceOnlyIsCountedButSentOnlyTheFirstTime)
 TEST_F(ClassicTest, ADroppedStatsEventLeavesNoTrace)
 {
     simulated::facts->draw = {0};
-    StartTracker();
+    Start(EKind::Classic);
     SendPageview();
     simulated::AdvanceTime(100s);
     tracker->TrackEvent(L"STATS", L"A", L"", L"", L"");
@@ -195,50 +170,40 @@ TEST_F(ClassicTest, ADroppedStatsEventLeavesNoTrace)
     EXPECT_TRUE(history && history->ends_with("<SimpleXMLElement></SimpleXMLElement>\n"));
 }
 
-TEST_F(ClassicTest, TheWorkerReadsTheHistory)
-{
-    simulated::SetThreads(simulated::EThreads::Held);
-    tracker = std::make_shared<CZoTracker>(L"", L"", L"");
-    for (const std::wstring& path : simulated::disk->statusQueries)
-        EXPECT_EQ(path.find(L"tallyhive"), path.npos) << "it would hold up the host's start";
-    simulated::SetThreads(simulated::EThreads::Run);
-}
-
 TEST_F(ClassicTest, OnlyARefusedFirstHitTakesTheSessionBack)
 {
     PutConfig("ProductName=Not the key\r\n");
-    StartTracker();
+    Start(EKind::Classic);
     SendPageview();
-    EXPECT_EQ(FindState(), L"1 1002 1002 2 1002 ");
+    EXPECT_EQ(FindSession(), L"1 1002 1002 2 1002");
     Fail(2);
     SendPageview();
-    EXPECT_EQ(FindState(), L"1 1002 1002 3 1004 ");
+    EXPECT_EQ(FindSession(), L"1 1002 1002 3 1004");
 
     simulated::SetUnixTime(2000);
-    StartTracker();
+    Start(EKind::Classic);
     Fail(2);
     SendPageview();
-    EXPECT_EQ(FindState(), L"1 1002 1002 1  ");
+    EXPECT_EQ(FindSession(), L"1 1002 1002 1 ");
     tracker->TrackEvent(L"A", L"B", L"", L"", L"");
     tracker->TrackPageview();
     simulated::AdvanceTime(600s);
     EXPECT_EQ(GetTimes().size(), 2u) << "silence, without a keep-alive pageview";
-    EXPECT_EQ(FindState(), L"1 1002 1002 3 2004 ") << "but hits are counted";
+    EXPECT_EQ(FindSession(), L"1 1002 1002 3 2004") << "but hits are counted";
 
     simulated::RemoveRegistryKey(ERegistryRoot::ClassesRoot, sessionKey, ERegistryView::View32);
-    StartTracker();
-    simulated::AddAnswer({.delay = 1h});
-    simulated::AddAnswer({.delay = 1h});
+    Start(EKind::Classic);
+    simulated::internet->server = [] { return simulated::Answer{.delay = 1h}; };
     tracker->TrackPageview();
     simulated::AdvanceTime(2100ms);
     tracker.reset();
-    EXPECT_EQ(FindState().substr(0, 2), L"0 ") << "a stop has overtaken it";
+    EXPECT_EQ(FindSession().substr(0, 2), L"0 ") << "a stop has overtaken it";
 }
 
 TEST_F(ClassicTest, ATesterSeesEachHit)
 {
     PutConfig("TrackingTraceBalloon=1\r\nPHASH=p\r\n");
-    StartTracker();
+    Start(EKind::Classic);
     Fail(2); // hits that are not sent are seen, too
     ASSERT_EQ(simulated::area->icons.size(), 1u);
     const auto icon = simulated::area->icons.begin()->second;
@@ -267,18 +232,21 @@ TEST_F(ClassicTest, ATesterSeesEachHit)
     EXPECT_TRUE(simulated::area->icons.empty());
 
     PutConfig("TrackingTraceBalloon=2\r\n");
-    StartTracker();
+    Start(EKind::Classic);
     EXPECT_TRUE(simulated::area->icons.empty());
 }
 
-TEST_F(ClassicTest, WithoutAnInternetSessionNothingIsCounted)
+TEST_F(ClassicTest, TheWorkerReadsTheHistoryAndCountsNothingWithoutAnInternetSession)
 {
-    simulated::AddAnswer(
-        {.failsAt = simulated::ENetworkStage::Session, .error = platform::internetTimeout});
-    tracker = std::make_shared<CZoTracker>(L"", L"", L"");
+    simulated::SetThreads(simulated::EThreads::Held);
+    Start(EKind::Classic);
+    simulated::AddAnswer({.failsAt = simulated::ENetworkStage::Session});
+    for (const std::wstring& path : simulated::disk->statusQueries)
+        EXPECT_EQ(path.find(L"tallyhive"), path.npos) << "it would hold up the host's start";
+    simulated::SetThreads(simulated::EThreads::Run);
     SendPageview();
     EXPECT_EQ(GetTimes(), Times{});
-    EXPECT_EQ(FindState(), L"- - - - - ");
+    EXPECT_EQ(FindSession(), L"- - - - -");
 }
 
 } // namespace

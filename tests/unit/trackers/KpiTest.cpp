@@ -1,8 +1,6 @@
 #include "tests/unit/trackers/TrackerFixture.h"
 #include "trackers/kpi/KpiUserId.h"
 
-using trackers::CZoTrackerPiWik;
-
 namespace {
 
 class KpiTest : public TrackerFixture
@@ -22,7 +20,7 @@ TEST_F(KpiTest, WholeRequests)
 {
     PutConfig("ProductName=Disk Tool\r\nlanguage=DE_DE\r\nPHASH=ab-1\r\nKPISource=so/urce\r\n"
               "kpisite=1-7\r\n");
-    Start<CZoTrackerPiWik>();
+    Start(EKind::Kpi);
     tracker->TrackPageview();
     tracker->TrackEvent(L"a&b", L"c-d", L"e&-", L"5 %", L"");
     tracker->TrackEventEx(L"", L"A", L"", L"", L"", true);
@@ -61,7 +59,7 @@ TEST_F(KpiTest, ConfigurationOfConstruction)
     {
         PutConfig(install, web);
         simulated::facts->languageId = languageId;
-        Start<CZoTrackerPiWik>();
+        Start(EKind::Kpi);
         SendPageview();
         EXPECT_TRUE(GetWholeRequests().at(0).starts_with(std::wstring(L"GET ") + begin));
         EXPECT_EQ(GetValues(L"lang"), Texts{lang});
@@ -73,10 +71,10 @@ TEST_F(KpiTest, ConfigurationOfConstruction)
 TEST_F(KpiTest, WithoutASiteNothingIsSentOrSwitchedOn)
 {
     PutConfig("kpisite=00\r\n");
-    Start<CZoTrackerPiWik>();
+    Start(EKind::Kpi);
     EXPECT_TRUE(tracker->IsTrackingEnabled()) << "a site, after all";
     PutConfig("kpisite=0\r\n");
-    Start<CZoTrackerPiWik>();
+    Start(EKind::Kpi);
     EXPECT_FALSE(tracker->IsTrackingEnabled());
     simulated::PutFile(configPath, "[install]\r\ntracking=0\r\nkpisite=0\r\n");
     tracker->SetTrackingEnabled(true);
@@ -86,7 +84,7 @@ TEST_F(KpiTest, WithoutASiteNothingIsSentOrSwitchedOn)
 TEST_F(KpiTest, InitializeReadsBesideTheHostsPath)
 {
     PutOtherHosts("PHASH=xy\r\nProductName=Name\r\nProductTrackingName=Tracking Name\r\n");
-    Start<CZoTrackerPiWik>();
+    Start(EKind::Kpi);
     for (const wchar_t* path : {L"C:\\Bare\\app.exe", L"C:\\Other\\app.exe"})
     {
         tracker->Initialize(path);
@@ -153,7 +151,7 @@ TEST_F(KpiTest, AUserIdIsMadeAnewUnlessOneOfItsExactLengthIsInTheFirstKeyThatOpe
 
 TEST_F(KpiTest, EachRequestLooksForTheUserAndTheTick)
 {
-    Start<CZoTrackerPiWik>();
+    Start(EKind::Kpi);
     SendPageview();
     simulated::RemoveRegistryKey(ERegistryRoot::ClassesRoot, kpiUserKey, ERegistryView::View32);
     simulated::SetTickMilliseconds(0xFFFFF000);

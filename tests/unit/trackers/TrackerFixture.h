@@ -28,6 +28,8 @@ inline constexpr const char* uaSection = "[UA]\r\nEnabled=1\r\nId=UA-1\r\n";
 // Of the client id, its end is the digest of "Tidy Desk"; and of the KPI tracker's user.
 inline constexpr const wchar_t* clientKey =
     L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\46f734e13099f6f6170911a3d254a099";
+inline constexpr const wchar_t* sessionKey =
+    L"CLSID\\{5E93C0A7-2D41-4F86-B7C9-03E8D12A6F95}\\2_Tidy Desk";
 inline constexpr const wchar_t* kpiUserKey = L"CLSID\\{A3D17F52-6B0E-4C19-8E2A-5F71C03B9D64}";
 
 enum class EKind
@@ -35,6 +37,18 @@ enum class EKind
     Classic,
     Ua,
     Kpi
+};
+
+// What is expected of each kind.
+template <class Value>
+struct Each
+{
+    Value classic, ua, kpi;
+
+    const Value& Of(EKind kind) const
+    {
+        return kind == EKind::Classic ? classic : kind == EKind::Ua ? ua : kpi;
+    }
 };
 
 using Texts = std::vector<std::wstring>;
@@ -99,25 +113,19 @@ protected:
     }
 
     // In place of an earlier tracker and its requests. The worker begins its idle pause now.
-    template <class Tracker, class... Arguments>
-    void Start(const Arguments&... arguments)
+    void Start(EKind kind, const wchar_t* name = L"", const wchar_t* folder = L"",
+               const wchar_t* trackingId = L"")
     {
         tracker.reset();
         simulated::ResetInternet();
         start = simulated::GetElapsedMilliseconds();
-        tracker = std::make_shared<Tracker>(arguments...);
-        simulated::SettleWorkers();
-    }
-
-    // The same for a kind, without any argument.
-    void StartKind(EKind kind)
-    {
         if (kind == EKind::Kpi)
-            Start<trackers::CZoTrackerPiWik>();
+            tracker = std::make_shared<trackers::CZoTrackerPiWik>();
         else if (kind == EKind::Ua)
-            Start<trackers::CZoTrackerUA>(L"", L"", L"");
+            tracker = std::make_shared<trackers::CZoTrackerUA>(name, folder, trackingId);
         else
-            Start<trackers::CZoTracker>(L"", L"", L"");
+            tracker = std::make_shared<trackers::CZoTracker>(name, folder, trackingId);
+        simulated::SettleWorkers();
     }
 
     // Reports a pageview and lets it go out.
@@ -142,6 +150,17 @@ protected:
         for (const auto& request : simulated::GetSentRequests())
             times.push_back(request.atMilliseconds - start);
         return times;
+    }
+
+    // SID LV CV PVC LPV of the stored session, "-" for what is not there.
+    static std::wstring FindSession(ERegistryRoot root = ERegistryRoot::ClassesRoot)
+    {
+        std::wstring session;
+        for (const wchar_t* name : {L"SID", L"LV", L"CV", L"PVC", L"LPV"})
+            session +=
+                L" " + simulated::FindRegistryText(root, sessionKey, ERegistryView::View32, name)
+                           .value_or(L"-");
+        return session.substr(1);
     }
 
     // What a request says: its object and its body.

@@ -3,22 +3,12 @@
 
 namespace {
 
-class UaTest : public TrackerFixture
-{
-protected:
-    void StartTracker(const wchar_t* name = L"", const wchar_t* trackingId = L"")
-    {
-        Start<trackers::CZoTrackerUA>(name, L"", trackingId);
-    }
-
-    // What each request says of its hit.
-    static Texts GetHits() { return GetTexts(L"&t="); }
-};
+using UaTest = TrackerFixture;
 
 TEST_F(UaTest, WholeRequests)
 {
     simulated::facts->screen = {1920, 1080};
-    StartTracker();
+    Start(EKind::Ua);
     tracker->TrackPageview();
     tracker->TrackEvent(nullptr, L"", nullptr, L"5 %", L"");
     tracker->TrackEventEx(L"S&n", L"A b", L"l-x", L"abc", L"", true);
@@ -27,7 +17,7 @@ TEST_F(UaTest, WholeRequests)
     tracker->TrackPurchase(L"Pack", L"P#1", 10.0, L"", 2);
     tracker->TrackPurchase(L"Pack", L"", 0.5, L"o 1", 1);
     simulated::AdvanceTime(4s);
-    EXPECT_EQ(GetHits(),
+    EXPECT_EQ(GetTexts(L"&t="),
               (Texts{L"&t=pageview&dp=%2FDisk%20Tool",
                      L"&t=event&ec=unknown&ea=unknown&el=unknown&ev=5 %",
                      L"&t=event&ec=S%26n&ea=A%20b&el=l%2Dx", L"&t=event&ec=unknown&ea=A",
@@ -67,7 +57,7 @@ TEST_F(UaTest, EmptyFieldsAreLeftOutOrEmpty)
 TEST_F(UaTest, ConfigurationOfConstruction)
 {
     PutConfig("", "[UA]\r\nEnabled=1\r\nURL=https://own/p\r\nVersion=2\r\nId=X\r\n");
-    StartTracker(L"Given", L"Y");
+    Start(EKind::Ua, L"Given", L"", L"Y");
     SendPageview();
     EXPECT_TRUE(GetWholeRequests().at(0).starts_with(L"POST own:443/p?z=7000\r\n"));
     EXPECT_TRUE(GetTexts(L"&v=").at(0).starts_with(L"&v=2&tid=Y&aip=1"));
@@ -75,7 +65,7 @@ TEST_F(UaTest, ConfigurationOfConstruction)
     EXPECT_EQ(GetValues(L"cs"), Texts{L""});
 
     PutConfig("", "[UA]\r\nEnabled=1\r\n"); // no tracking id
-    StartTracker();
+    Start(EKind::Ua);
     SendPageview();
     EXPECT_EQ(simulated::TakeDebugOutput(),
               Texts{L"ZoTracker 3 ERROR UA ### No tracking-id found\n"});
@@ -87,7 +77,7 @@ TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
     PutOtherHosts("phash=xy\r\nProductName=Other Name\r\n",
                   "[UA]\r\nEnabled=1\r\nURL=https://other/x\r\nId=Z\r\n");
     simulated::SetThreads(simulated::EThreads::Held);
-    tracker = std::make_shared<trackers::CZoTrackerUA>(L"", L"", L"");
+    Start(EKind::Ua);
     simulated::facts->screen = {1, 2};
     tracker->Initialize(L"C:\\Other\\app.exe");
     simulated::SetThreads(simulated::EThreads::Run);
@@ -119,15 +109,14 @@ TEST_F(UaTest, InitializeReadsBesideTheHostsPath)
 
 TEST_F(UaTest, OneHitStartsASession)
 {
-    StartTracker();
+    Start(EKind::Ua);
     for (const bool continues : {true, false})
     {
         tracker->SetContinueSession(continues);
         tracker->TrackPageview();
         SendPageview();
     }
-    const std::wstring page = L"&t=pageview&dp=%2FDisk%20Tool";
-    EXPECT_EQ(GetHits(), (Texts{page, page, page + L"&sc=start", page}));
+    EXPECT_EQ(GetValues(L"sc"), (Texts{L"-", L"-", L"start", L"-"}));
 }
 
 TEST_F(UaTest, ClientIdIsMadeOnceAndFoundAgain)
@@ -138,7 +127,7 @@ TEST_F(UaTest, ClientIdIsMadeOnceAndFoundAgain)
         if (ofTheMachine != nullptr)
             simulated::PutRegistryText(ERegistryRoot::ClassesRoot, clientKey,
                                        ERegistryView::Default, L"CID", ofTheMachine);
-        StartTracker();
+        Start(EKind::Ua);
         tracker->TrackPurchase(L"", L"", 1, L"", 1);
         simulated::AdvanceTime(4s);
         return GetValues(L"cid").at(0);
@@ -168,7 +157,7 @@ TEST_F(UaTest, TwoResultsInARowWithoutAConnectionEndDelivery)
     };
     for (const bool connected : {true, false})
     {
-        StartTracker();
+        Start(EKind::Ua);
         send(false, L"lost");
         send(connected, L"sent");
         send(true, L"sent");
