@@ -50,13 +50,12 @@ using BalloonTest = CModuleTest;
 TEST_F(BalloonTest, ATesterSeesTheHitAndTheIconGoesWithTheTracker)
 {
     const CDisplay display;
-    ASSERT_TRUE(display.IsRunning()) << "Xvfb is missing; install the package xvfb";
     PutConfig(MakeConfig("TrackingTraceBalloon=1\n"));
     auto run = std::async(std::launch::async, [&] {
         return GetPrefix().Run({"explorer.exe", "/desktop=zo,1000x700", hostFolder / "host.exe",
                                 "use", "main", ",", "event", "Menu", "Open", ",", "sleep", "4000",
                                 ",", "release", ",", "sleep", "2000"},
-                               {}, 30s, {"DISPLAY=" + display.GetName()});
+                               {}, 30s, display.environment);
     });
     std::string seen;
     while (run.wait_for(200ms) != std::future_status::ready)

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <sys/types.h>
+#include "tests/module/WinePrefix.h"
 
+#include <csignal>
 #include <cstdio>
-#include <string>
+#include <stdexcept>
 
 namespace module {
 
@@ -14,21 +15,36 @@ public:
     static constexpr int width = 1000;
     static constexpr int height = 700;
 
-    CDisplay();
-    ~CDisplay();
+    CDisplay()
+    {
+        int number = 0;
+        if (std::fscanf(output, "%d %d", &server, &number) != 2)
+            throw std::runtime_error("Xvfb is missing; install the package xvfb");
+        environment = {"DISPLAY=:" + std::to_string(number)};
+    }
+    ~CDisplay()
+    {
+        ::kill(server, SIGTERM);
+        ::pclose(output);
+    }
     CDisplay(const CDisplay&) = delete;
     CDisplay& operator=(const CDisplay&) = delete;
 
-    bool IsRunning() const { return number >= 0; }
-    std::string GetName() const { return ":" + std::to_string(number); }
+    // What is on it just now: 3 bytes a pixel (Debian package imagemagick).
+    std::string TakePicture() const
+    {
+        return RunProgram({"import", "-window", "root", "-depth", "8", "rgb:-"}, environment, {},
+                          std::chrono::seconds(10))
+            .output;
+    }
 
-    // What is on the display just now: 3 bytes a pixel (Debian package imagemagick).
-    std::string TakePicture() const;
+    std::vector<std::string> environment; // of the programs that use it
 
 private:
-    FILE* output; // the server's process number, its display's
+    FILE* const output = // the server's process number, its display's
+        ::popen("echo $$; exec Xvfb -displayfd 1 -screen 0 1000x700x24 -nolisten tcp 2> /dev/null",
+                "r");
     pid_t server = -1;
-    int number = -1;
 };
 
 } // namespace module

@@ -21,7 +21,7 @@ const char* const ends[] = {
 };
 
 const char* const networks[] = {"idle",      "answering", "wait:700", "refusing",
-                                "stall-tls", "stall",     "drip:400", "a body without an end"};
+                                "stall-tls", "stall",     "drip:400"};
 
 // A host's folder and a collector behind such a network; the ends happen at the same time.
 class CInstallation : public CModuleTest
@@ -30,12 +30,9 @@ public:
     CInstallation(const std::string& behaviour, bool isMeasurementProtocol)
         : CModuleTest(isMeasurementProtocol ? 443 : 0), network(behaviour)
     {
-        const Answer longBody = MakeAnswerWithoutLength(200, std::string(5'000, 'b'));
         PutConfig(MakeConfig() + (isMeasurementProtocol ? measurementSection : ""));
         if (network == "refusing")
             collector.Refuse();
-        else if (network == "a body without an end")
-            collector.Order(Dripping(longBody, 100ms), CCollector::always);
         else if (network != "idle" && network != "answering")
             OrderFault(collector, network);
     }

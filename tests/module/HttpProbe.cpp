@@ -3,7 +3,7 @@
 // of the body, and how it begins.
 //
 //   send ADDRESS [BODY]
-//   cancel ADDRESS [BODY]    is cancelled after the first piece of 200,000 bytes in place of BODY
+//   cancel ADDRESS           is cancelled after the first piece of 200,000 bytes
 
 #include "env/Text.h"
 #include "net/CZoHTTPComunicator.h"

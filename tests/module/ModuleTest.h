@@ -14,7 +14,7 @@ namespace module {
 
 // The real ZoTracker.dll in a real host under Wine, reporting to a collector in this process.
 //
-// All cases of a program share one Wine prefix; ResetPrefix() gives a case a fresh one.
+// All cases of a program share one Wine prefix.
 class CModuleTest : public testing::Test
 {
 protected:
@@ -25,7 +25,6 @@ protected:
     explicit CModuleTest(int port = 0);
     ~CModuleTest() override;
 
-    static void ResetPrefix() { prefix.reset(); }
     static CWinePrefix& GetPrefix();
 
     // Writes the host's install.cfg; lines end in "\n".

@@ -13,7 +13,7 @@ using Texts = std::vector<std::string>;
 class TrackersModuleTest : public CModuleTest
 {
 protected:
-    TrackersModuleTest() : CModuleTest(443) { ResetPrefix(); }
+    TrackersModuleTest() : CModuleTest(443) {}
 
     // "METHOD TARGET BODY" of what the host's commands bring about, the KPI tracker's last. Each
     // identifier and time is <1>, <2> ... in the order in which this case meets them. Ticks and the
@@ -57,45 +57,33 @@ private:
 
 const std::string configured = "GAID=UA-1\nProductName=Disk Tool\nLanguage=de_DE\nPHASH=ab1\n"
                                "KPISource=news\n";
-const std::string variable = "&utmt=event&utme=8(1!PHASH)9(1!AB1)11(1!2)&utmp=";
 
-// A request of the classic tracker in a visit that began at `time`.
-std::string MakeClassic(std::size_t hit, const std::string& part, const std::string& time,
-                        const std::string& session)
-{
-    const std::string utms = std::to_string(hit);
-    return "GET /__utm.gif?utmwv=5.4.3&utms=" + utms + "&utmn=*&utmac=UA-1&utmsr=1024x768" + part +
-           "&utmhn=Disk%20Tool&utmcs=UTF-8&utmdt=Disk%20Tool&utmul=de%5FDE&utmr=Disk%20Tool&aip=1"
-           "&utmcc=__utma%3D999857984.*.<1>.<1>." +
-           time + "." + session + "%3B%2B__utmb%3D999857984." + utms + ".10." + time +
-           "%3B%2B__utmc%3D999857984%3B%2B__utmz%3D999857984." + time + "." + session +
-           ".1.utmcsr=(ab1)|utmccn=(partners)|utmcmd=(unknown) ";
-}
-
-// What one of two runs reports; the event for once only is counted in both, but sent in the first.
+// What one of two runs reports.
 Texts MakeRun(const std::string& time, const std::string& session)
 {
     const std::string parts[] = {
-        "&utmp=Disk%20Tool",
-        variable,
+        "&utmp=Disk%20Tool", "&utmt=event&utme=8(1!PHASH)9(1!AB1)11(1!2)&utmp=",
         "&utmt=event&utme=5(SCAN*START%20NOW*UNKNOWN)(0)&utmp=Disk%20Tool",
-        "&utmt=event&utme=5(MENU*OPEN%20FILE*)(" + session + ")&utmp=P%C3%A4ge",
-        session == "1" ? "&utmt=event&utme=5(ONCE*ONLY*)(1)&utmp=Page" : "",
-        "&utmp=Hi%2C%20you",
-        "&utmt=tran&utmp=Disk%20Tool&utmtid=O7&utmtst=ab1&utmtto=30.00&utmtsp=0.00&utmttx=5.70",
-        "&utmt=item&utmp=Disk%20Tool&utmtid=O7&utmipc=P1&utmipn=Backup%20Pack&utmipr=10.00"
-        "&utmiqt=3&utmiva=de_DE"};
+        "&utmt=event&utme=5(MENU*OPEN%20FILE*)(" + session + ")&utmp=P%C3%A4ge"};
     Texts run;
     for (std::size_t i = 0; i < std::size(parts); ++i)
-        if (!parts[i].empty())
-            run.push_back(MakeClassic(i + 1, parts[i], time, session));
-    const std::string kpi =
+    {
+        const std::string utms = std::to_string(i + 1);
+        run.push_back(
+            "GET /__utm.gif?utmwv=5.4.3&utms=" + utms + "&utmn=*&utmac=UA-1&utmsr=1024x768" +
+            parts[i] +
+            "&utmhn=Disk%20Tool&utmcs=UTF-8&utmdt=Disk%20Tool&utmul=de%5FDE&utmr=Disk%20Tool"
+            "&aip=1&utmcc=__utma%3D999857984.*.<1>.<1>." +
+            time + "." + session + "%3B%2B__utmb%3D999857984." + utms + ".10." + time +
+            "%3B%2B__utmc%3D999857984%3B%2B__utmz%3D999857984." + time + "." + session +
+            ".1.utmcsr=(ab1)|utmccn=(partners)|utmcmd=(unknown) ");
+    }
+    run.push_back(
         "GET /piwik.php?send_image=0&rec=1&apiv=1&idsite=1"
         "&ua=Disk%20Tool/3.2.1%20(Windows%20NT%206.1;%20WOW64)&url=www.zotracker.example&uid=<2>"
         "&lang=de%5FDE&rand=*&_rcn=ab1&_rck=news"
-        "&_cvar={\"1\":[\"product\",%20\"My%20\"Tool\"%20%231%20%E2%82%AC%20/%2E./%5Cx\"]}";
-    run.push_back(kpi + "&e_c=unknown&e_a=Ok%C3%A9&e_n=a%7Cb&e_v=5%20% ");
-    run.push_back(kpi + "&e_c=Scan&e_a=Start%20now&e_n=unknown&e_v=0 ");
+        "&_cvar={\"1\":[\"product\",%20\"My%20\"Tool\"%20%231%20%E2%82%AC%20/%2E./%5Cx\"]}"
+        "&e_c=unknown&e_a=Ok%C3%A9&e_n=a%7Cb&e_v=5%20% ");
     return run;
 }
 
@@ -108,28 +96,12 @@ TEST_F(TrackersModuleTest, TwoRunsArriveByteForByte)
     const std::string commands = "use kpi\n"
                                  "product \"My \\\"Tool\\\" #1 \xE2\x82\xAC /../\\x\"\n"
                                  "eventex \"\" Ok\xC3\xA9 a|b \"5 %\"\n"
-                                 "use all\n"
-                                 "event Scan \"Start now\"\n"
                                  "use main\n"
+                                 "event Scan \"Start now\"\n"
                                  "eventex Menu \"Open file\" \"\" \"\" P\xC3\xA4ge\n"
-                                 "eventex Once Only \"\" \"\" Page once\n"
-                                 "message \"Hi, you\"\n"
-                                 "purchase \"Backup Pack\" P1 10.0 O7 3\n"
-                                 "sleep 7000\n";
+                                 "sleep 5000\n";
     EXPECT_EQ(Report(commands + "exit\n"), MakeRun("<1>", "1"));
     EXPECT_EQ(Report(commands), MakeRun("<3>", "2"));
-}
-
-TEST_F(TrackersModuleTest, ARefusedFirstHitSilencesTheRunAndIsNotASession)
-{
-    PutConfig(MakeConfig(configured));
-    collector.Order(collector::EConnectionFault::UnknownCertificate, collector::CCollector::always);
-    EXPECT_EQ(Report("use main\npageview\npageview\nsleep 4500\n"), Texts{});
-    EXPECT_EQ(collector.GetConnectionCount(), 2u) << "exactly two attempts";
-    collector.CancelOrders();
-    const Texts texts = Report("use main\npageview\nsleep 3000\n");
-    ASSERT_FALSE(texts.empty());
-    EXPECT_EQ(texts[0], MakeClassic(1, variable, "<2>", "1"));
 }
 
 TEST_F(TrackersModuleTest, TheMeasurementProtocolArrivesByteForByte)
@@ -141,14 +113,9 @@ TEST_F(TrackersModuleTest, TheMeasurementProtocolArrivesByteForByte)
     EXPECT_EQ(Report("use main\n"
                      "pageview\n"
                      "eventex \"\" Ok\xC3\xA9 a|b \"5 %\"\n"
-                     "message Hello\n"
-                     "purchase Pack P1 10.0 O7 3\n"
                      "sleep 5000\n"),
               (Texts{front + "&t=pageview&dp=%2FDisk%20Tool",
-                     front + "&t=event&ec=unknown&ea=Ok\xC3\xA9&el=a%7Cb&ev=5 %",
-                     front + "&t=pageview&dp=%2FHello",
-                     front + "&t=transaction&dp=%2FDisk%20Tool&ti=O7&ta=ab1&tr=30.00",
-                     front + "&t=item&dp=%2FDisk%20Tool&ti=O7&ta=ab1&in=P1&ip=10.00&iq=3"}));
+                     front + "&t=event&ec=unknown&ea=Ok\xC3\xA9&el=a%7Cb&ev=5 %"}));
 }
 
 } // namespace module

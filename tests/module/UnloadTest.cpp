@@ -4,7 +4,6 @@
 
 #include <regex>
 
-using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -73,23 +72,6 @@ TEST_F(UnloadTest, TheHostOutlivesAnyLackOfMemory)
         commands += "starve " + std::to_string(i) + (i % 3 == 0 ? " 100000" : "") + "\nload\n" +
                     operations + "release\nstarve 0\nunload\ngone 3000\n";
     ExpectAllGone(RunHost(commands + "load\nstatus\n", std::chrono::minutes(5)));
-}
-
-TEST_F(UnloadTest, AReleaseDuringAnOutageWithAFullQueueIsBounded)
-{
-    collector.Order(collector::MakeStall(), collector::CCollector::always);
-    PutConfig(MakeConfig());
-    ExpectCleanEnd(RunHost("use kpi\nrepeat 200000 event Scan Start\nsleep 2300\nrelease\n"));
-}
-
-TEST_F(UnloadTest, ReferencesAreCounted)
-{
-    PutConfig(MakeConfig());
-    const ProgramResult run = RunHost("use kpi\nget\nrelease\nstatus\npageview\n"
-                                      "release\nget\nstatus\nrelease\nrelease\nstatus\n");
-    ExpectCleanEnd(run);
-    EXPECT_THAT(run.output, ContainsRegex("kpi enabled.*kpi none.*kpi none"));
-    EXPECT_FALSE(collector.GetHits().empty()) << "the queue is emptied by the last release";
 }
 
 } // namespace module
