@@ -1,7 +1,8 @@
 #include "platform/Registry.h"
 #include "tests/platform/System.h"
 
-#include <algorithm>
+#include <tuple>
+#include <utility>
 
 using namespace contract;
 using namespace platform;
@@ -48,15 +49,10 @@ TEST_F(Registry, ClassesAreSeparateByViewAndOtherKeysShared)
 
 TEST_F(Registry, ValuesKeepTheirTypeAndExactBytes)
 {
-    Bytes unterminated(66, 0);
-    std::fill_n(unterminated.begin(), 64, 0x31);
+    Bytes unterminated(64, 0x31);
+    unterminated.resize(66);
     unterminated.resize(64); // the zeros stay behind the end
-    const struct
-    {
-        std::wstring name;
-        std::uint32_t type;
-        Bytes bytes;
-    } values[] = {
+    const std::tuple<std::wstring, std::uint32_t, Bytes> values[] = {
         {L"unterminated", registrySz, std::move(unterminated)},
         {L"number", registryDword, {0x78, 0x56, 0x34, 0x12}},
         {L"odd", 3, {1, 2, 3}},

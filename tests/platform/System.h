@@ -18,8 +18,6 @@ inline const std::wstring otherKey = L"Software\\ZoTracker contract";
 // ZO_CONTRACT of the environment is "va%lue".
 void Clean();
 
-void SetReadOnly(const std::wstring& path, bool readOnly);
-
 // A case that begins with the empty folder.
 class CCase : public testing::Test
 {

@@ -18,9 +18,4 @@ void Clean()
     }
 }
 
-void SetReadOnly(const std::wstring& path, bool readOnly)
-{
-    ::SetFileAttributesW(path.c_str(), readOnly ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL);
-}
-
 } // namespace contract

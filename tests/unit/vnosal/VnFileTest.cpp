@@ -2,6 +2,8 @@
 #include "VnosalTest.h"
 #include "zotracker/vnosal/VnFileFind.h"
 
+#include <tuple>
+
 namespace {
 
 using namespace VnOSAL;
@@ -143,19 +145,15 @@ TEST_F(Searches, FollowLinksOnlyIfToldAndNeverInCircles)
 
 TEST_F(Searches, MatchNamesWithPatterns)
 {
-    const struct
-    {
-        const wchar_t *name, *pattern;
-        bool matches;
-    } cases[] = {
+    const std::tuple<const wchar_t*, const wchar_t*, bool> cases[] = {
         {L"abc", L"AB?", true},   {L"abc", L"a*", true},    {L"abc", L"*b", false},
         {L"abc", L"????", false}, {L"abc", L"", false},     {L"", L"*", true},
         {L"abc", L"*.*", true},   {L"a.b.c", L"*.c", true}, {L"aaab", L"*a*a*b", true},
         {L"ab", L"a*?b", false},  {L"aab", L"*ab", true},   {L"\xC4.x", L"\xE4.*", true},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(VnFileFind::MatchesPattern(c.name, c.pattern), c.matches)
-            << VnString(c.name) << ' ' << VnString(c.pattern);
+    for (const auto& [name, pattern, matches] : cases)
+        EXPECT_EQ(VnFileFind::MatchesPattern(name, pattern), matches)
+            << VnString(name) << ' ' << VnString(pattern);
     EXPECT_FALSE(
         VnFileFind::MatchesPattern(std::wstring(5000, L'a'), std::wstring(50, L'*') + L"b"));
 }

@@ -1,7 +1,6 @@
 #include "zotracker/vnosal/VnString.h"
 #include "StringModel.h"
 #include "VnosalTest.h"
-#include "zotracker/vnosal/VnAString.h"
 #include "zotracker/vnosal/VnCriticalSection.h"
 #include "zotracker/vnosal/VnStringList.h"
 
@@ -13,6 +12,7 @@
 #include <future>
 #include <random>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -100,11 +100,7 @@ TEST(VnString, FormatsAsPrintfDoes)
 {
     const auto format = &VnString::Format;
     const auto* const noText = static_cast<const wchar_t*>(nullptr);
-    const struct
-    {
-        VnString formatted;
-        const wchar_t* expected;
-    } cases[] = {
+    const std::pair<VnString, const wchar_t*> cases[] = {
         {format(L"%d|%5d|%-05d|%05d|%+d|% d", 1, 2, 3, 4, 5, 6), L"1|    2|3    |00004|+5| 6"},
         {format(L"%.3d|%-8.3d|%08.3d|%.0d|", 7, 7, -7, 0), L"007|007     |    -007||"},
         {format(L"%u %x %#X %#o %#x", 42u, 0xBEEFu, 255u, 8u, 0u), L"42 beef 0XFF 010 0"},
@@ -124,8 +120,8 @@ TEST(VnString, FormatsAsPrintfDoes)
         {format(nullptr), L""},
         {VnString(L"n=").AppendFormat(L"%d", 5), L"n=5"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(c.formatted, VnString(c.expected));
+    for (const auto& [formatted, expected] : cases)
+        EXPECT_EQ(formatted, VnString(expected));
     EXPECT_EQ(format(L"%.1f", DBL_MAX).GetLength(), 311u);
     EXPECT_EQ(format(L"%5000d", 1).GetLength(), 5000u);
 }
@@ -199,12 +195,7 @@ TEST(VnAString, DecodesAndEncodes)
         EXPECT_EQ(narrow.GetConversion(), expected) << page << bytes;
         EXPECT_EQ(narrow.GetText()[narrow.GetLength()], '\0');
     };
-    const struct
-    {
-        std::uint32_t page;
-        std::string_view bytes;
-        std::wstring_view text;
-    } exact[] = {
+    const std::tuple<std::uint32_t, std::string_view, std::wstring_view> exact[] = {
         {codePageUtf8, "az\0b"sv, L"az\0b"sv},
         {codePageUtf8, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80", L"\xE4\x20AC\xD83D\xDE00"},
         {codePageUtf8, "\xF4\x8F\xBF\xBF", L"\xDBFF\xDFFF"},
