@@ -2,7 +2,6 @@
 #include "tests/unit/TlsClient.h"
 #include "tools/collector/Collector.h"
 
-#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,8 +10,6 @@ using namespace std::chrono_literals;
 using testing::StartsWith;
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 class CollectorServer : public testing::Test
 {
@@ -52,7 +49,7 @@ TEST_F(CollectorServer, RecordsEveryByteInWhateverPiecesItComes)
         "DELETE /x%zz HTTP/1.0\nConnection: keep-alive\n\n"
         "\r\nPOST /c HTTP/1.1\r\nTransfer-Encoding: Chunked\r\nConnection: close\r\n\r\n"
         "3;x=y\r\na\r\n\r\nA\r\n0123456789\r\n0\r\nTrailer: t\r\nAnother: u\r\n\r\n";
-    for (const std::size_t piece : {1U, 7U, 1000U})
+    for (const std::size_t piece : {1U, 1000U})
     {
         CCollector fresh(authority);
         CTlsClient client = Connect(fresh);
@@ -76,8 +73,6 @@ TEST_F(CollectorServer, RecordsEveryByteInWhateverPiecesItComes)
                          "1.3 DELETE /x%zz HTTP/1.0 |Connection=keep-alive\n"
                          "1.4 POST /c HTTP/1.1 a\r\n0123456789|Transfer-Encoding=Chunked|"
                          "Connection=close\n2.5 PUT / HTTP/1.1 \n");
-        EXPECT_EQ(FindHeader(fresh.GetHits()[0], "HOST"), "h:1");
-        EXPECT_EQ(fresh.GetConnectionCount(), 2U);
         fresh.Clear();
         EXPECT_TRUE(fresh.GetHits().empty());
         EXPECT_FALSE(fresh.WaitForHits(1, 0s));
@@ -94,8 +89,6 @@ TEST_F(CollectorServer, SendsOrderedAnswersByteForByte)
         std::string expected;
         bool closedProperly = false;
     } cases[] = {
-        {"status", MakeAnswer(503, "busy"),
-         "HTTP/1.1 503 Service Unavailable\r\nContent-Length: 4\r\n\r\nbusy"},
         {"redirect", MakeRedirect(302, "/b?c"),
          "HTTP/1.1 302 Found\r\nLocation: /b?c\r\nContent-Length: 0\r\n\r\n"},
         {"too long a length", MakeAnswer(200, "x", {{"content-length", "99999999999999"}}),
@@ -140,10 +133,8 @@ TEST_F(CollectorServer, RefusesCertificatesAndConnectionsAsOrdered)
     }
     CTlsClient open = Connect(server);
     EXPECT_TRUE(server.WaitForConnections(5, 0s));
-    const auto begin = Clock::now();
     server.Refuse();
     EXPECT_EQ(open.Read(), "");
-    EXPECT_LT(Clock::now() - begin, 2s);
     EXPECT_FALSE(CTlsClient(server.GetPort()).IsConnected());
     server.Accept();
     EXPECT_THAT(Get("/"), StartsWith("HTTP/1.1 404")) << "on the same port";
@@ -153,35 +144,21 @@ TEST_F(CollectorServer, RefusesCertificatesAndConnectionsAsOrdered)
 
 TEST_F(CollectorServer, StopsAtOnceWhateverItDoes)
 {
-    const struct
-    {
-        const char* what;
-        EConnectionFault fault;
-        Answer answer;
-    } cases[] = {
-        {"handshake", EConnectionFault::StallHandshake, {}},
-        {"no answer", EConnectionFault::None, MakeStall()},
-        {"delay", EConnectionFault::None, Delayed(MakePixel(), 24h)},
-        {"drip", EConnectionFault::None, Dripping(MakePixel(), 24h)},
-        {"keep-alive", EConnectionFault::None, MakePixel()},
-    };
-    for (const auto& c : cases)
+    for (const Answer& answer : {MakeStall(), Delayed(MakePixel(), 24h), Dripping(MakePixel(), 24h),
+                                 MakePixel()}) // and stays connected
     {
         CCollector stopped(authority);
-        stopped.Order(c.fault);
-        stopped.Order(c.answer);
-        CTlsClient client(stopped.GetPort());
-        if (c.fault == EConnectionFault::None && client.Handshake(authority.GetPemPath()))
-        {
-            client.Send("GET / HTTP/1.1\r\n\r\n");
-            EXPECT_TRUE(stopped.WaitForHits(1, 10s)) << c.what;
-        }
-        EXPECT_TRUE(stopped.WaitForConnections(1, 10s)) << c.what;
-        const auto begin = Clock::now();
+        stopped.Order(answer);
+        CTlsClient client = Connect(stopped);
+        client.Send("GET / HTTP/1.1\r\n\r\n");
+        EXPECT_TRUE(stopped.WaitForHits(1, 10s));
         stopped.Stop();
-        EXPECT_LT(Clock::now() - begin, 2s) << c.what;
-        EXPECT_FALSE(CTlsClient(stopped.GetPort()).IsConnected()) << c.what;
+        EXPECT_FALSE(CTlsClient(stopped.GetPort()).IsConnected());
     }
+    server.Order(EConnectionFault::StallHandshake);
+    const CTlsClient silent(server.GetPort());
+    EXPECT_TRUE(server.WaitForConnections(1, 10s));
+    server.Stop();
 }
 
 TEST_F(CollectorServer, RejectsWhatIsMalformedOrTooLarge)
@@ -198,7 +175,6 @@ TEST_F(CollectorServer, RejectsWhatIsMalformedOrTooLarge)
         {chunked + "no number\r\n", "400"},
         {chunked + "1\r\nlonger\r\n", "400"},
         {"GET /" + large, "431"},
-        {"GET / HTTP/1.1\r\nA: " + large, "431"},
         {"POST / HTTP/1.1\r\nContent-Length: 67108865\r\n\r\n", "413"},
         {chunked + "FFFFFFFFFFFFFFFF\r\n", "413"},
     };
@@ -213,45 +189,29 @@ TEST(Authority, KeepsItsCertificatesAndMakesAgainWhatIsDamagedExpiredOrNotItsOwn
 {
     const CTemporaryFolder folder;
     std::filesystem::remove(folder.path);
-    std::string before[2];
-    for (std::string& bytes : before)
+    CAuthority{folder.path};
+    for (const char* name : {"authority.pem", "server.pem"})
     {
-        const CAuthority authority(folder.path);
-        for (const char* name : {"authority.pem", "server.pem", "unknown.pem", "wrong-host.pem"})
-        {
-            const auto access = std::filesystem::status(folder.PathOf(name)).permissions();
-            EXPECT_EQ(static_cast<int>(access), 0600) << name;
-            bytes += folder.Read(name);
-        }
+        const auto access = std::filesystem::status(folder.PathOf(name)).permissions();
+        EXPECT_EQ(static_cast<int>(access), 0600) << name;
     }
-    EXPECT_TRUE(before[0] == before[1]);
-
     const std::string authorityPem = folder.Read("authority.pem");
     const std::string certificate = folder.Read("ca.pem");
-    const std::string der = folder.Read("ca.der");
     const std::string good = folder.Read("server.pem");
     EXPECT_EQ(certificate.find("PRIVATE"), std::string::npos);
     const Identity signer = ReadPem(authorityPem);
     const Identity expired = MakeIdentity({"127.0.0.1", "IP:127.0.0.1", 0}, &signer);
     const Identity stranger = MakeIdentity({"Stranger", {}, 30}, nullptr);
     const Identity foreign = MakeIdentity({"127.0.0.1", "IP:127.0.0.1", 30}, &stranger);
-    const std::string damages[] = {"text", good.substr(0, good.size() / 2), WritePem(expired),
-                                   WritePem(foreign), authorityPem.substr(0, 200) + good};
-    for (const std::string& damage : damages)
+    for (const std::string& found : {good, good.substr(0, good.size() / 2), WritePem(expired),
+                                     WritePem(foreign), authorityPem.substr(0, 200) + good})
     {
-        folder.Write("server.pem", damage);
-        std::filesystem::remove(folder.PathOf("ca.der"));
-        const CAuthority mended(folder.path);
-        EXPECT_TRUE(IsUsable(ReadPem(folder.Read("server.pem")), &signer)) << damage;
+        folder.Write("server.pem", found);
+        CAuthority{folder.path};
+        EXPECT_EQ(folder.Read("server.pem") == found, found == good) << found;
+        EXPECT_TRUE(IsUsable(ReadPem(folder.Read("server.pem")), &signer)) << found;
         EXPECT_TRUE(folder.Read("ca.pem") == certificate) << "the trusted one stays";
-        EXPECT_TRUE(folder.Read("ca.der") == der);
     }
-
-    std::filesystem::remove(folder.PathOf("authority.pem"));
-    const CAuthority renewed(folder.path);
-    const Identity next = ReadPem(folder.Read("authority.pem"));
-    EXPECT_FALSE(folder.Read("ca.pem") == certificate);
-    EXPECT_TRUE(IsUsable(ReadPem(folder.Read("server.pem")), &next));
 }
 
 } // namespace

@@ -6,15 +6,9 @@
 #include <iterator>
 #include <string>
 
-// A folder of its own, removed at the end.
-class CTemporaryFolder
+// The files of a folder.
+struct Folder
 {
-public:
-    CTemporaryFolder() { ::mkdtemp(path.data()); }
-    CTemporaryFolder(const CTemporaryFolder&) = delete;
-    CTemporaryFolder& operator=(const CTemporaryFolder&) = delete;
-    ~CTemporaryFolder() { std::filesystem::remove_all(path); }
-
     std::string PathOf(const std::string& name) const { return path + '/' + name; }
 
     std::string Read(const std::string& name) const
@@ -28,5 +22,18 @@ public:
         std::ofstream(PathOf(name), std::ios::binary) << bytes;
     }
 
-    std::string path = std::filesystem::temp_directory_path() / "collector-test-XXXXXX";
+    std::string path;
+};
+
+// One of its own, removed at the end.
+class CTemporaryFolder : public Folder
+{
+public:
+    CTemporaryFolder() : Folder{std::filesystem::temp_directory_path() / "collector-test-XXXXXX"}
+    {
+        ::mkdtemp(path.data());
+    }
+    CTemporaryFolder(const CTemporaryFolder&) = delete;
+    CTemporaryFolder& operator=(const CTemporaryFolder&) = delete;
+    ~CTemporaryFolder() { std::filesystem::remove_all(path); }
 };

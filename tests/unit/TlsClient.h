@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <memory>
-#include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 #include <string>
@@ -24,7 +23,6 @@ public:
     // Handshake that trusts the authority in that file and expects a certificate for 127.0.0.1.
     bool Handshake(const std::string& authorityPem)
     {
-        ERR_clear_error();
         SSL_CTX* context = SSL_CTX_new(TLS_client_method());
         SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);
         SSL_CTX_load_verify_locations(context, authorityPem.c_str(), nullptr);
@@ -48,7 +46,6 @@ public:
     {
         std::string read;
         char part[16 * 1024];
-        ERR_clear_error();
         for (std::size_t size = 0; SSL_read_ex(ssl.get(), part, sizeof part, &size) == 1;)
             read.append(part, size);
         return read;
