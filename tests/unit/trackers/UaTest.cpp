@@ -48,8 +48,7 @@ TEST_F(UaTest, EmptyFieldsAreLeftOutOrEmpty)
         {Event, L"C&t=event&ec=&ea="},
         {Transaction, L"C&t=transaction&dp=%2FN%20M&ti="},
         {Item, L"C&t=item&dp=%2FN%20M&ti=&in="},
-        {CustomVariable, L""},
-        {None, L""}};
+        {CustomVariable, L""}};
     for (const auto& [type, payload] : cases)
         EXPECT_EQ(trackers::BuildHitPayload(L"C", L"N M", {.type = type}), payload);
 }

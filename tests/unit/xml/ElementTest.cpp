@@ -32,8 +32,6 @@ struct CPrefix : xml::IXmlTransformer
 
 TEST(Escaping, ReplacesTheFiveCharacters)
 {
-    EXPECT_EQ(xml::EscapeXml(std::string_view("a&b\"c<d>e'f\v\xC3\xA9")),
-              "a&amp;b&quot;c&lt;d&gt;e&apos;f\v\xC3\xA9");
     EXPECT_EQ(xml::EscapeXml(std::wstring_view(L"&\"<>'&amp;\v\t\x20AC")),
               L"&amp;&quot;&lt;&gt;&apos;&amp;amp; \t\x20AC");
 }
@@ -113,7 +111,6 @@ TEST(Element, ReusesAChildOnlyWhenAsked)
         EXPECT_EQ(root.AddChild(name, true, false)->GetValue(), "1");
     }
     EXPECT_EQ(root.GetChildCount(), 14u);
-    EXPECT_EQ(root.GetChild(14), nullptr);
 }
 
 TEST(Element, RemembersTheLastHitByItsIndex)
