@@ -174,9 +174,7 @@ void CHttpFile::SendRequestEx(std::uint64_t)
 void CHttpFile::Write(const char* bytes, std::size_t count)
 {
     FailIfOrdered(*state, ENetworkStage::Write);
-    const auto held = internet.Hold();
-    held->sent[state->index].body.append(bytes, count);
-    held->sent[state->index].writes.push_back(count);
+    internet->sent[state->index].body.append(bytes, count);
 }
 
 void CHttpFile::EndRequest()

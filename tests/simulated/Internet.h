@@ -58,7 +58,6 @@ struct SentRequest
     std::wstring referrer;
     std::wstring headers;
     std::string body;
-    std::vector<std::size_t> writes; // sizes, in order
     std::map<platform::EInternetOption, std::uint32_t> timeouts;
 };
 

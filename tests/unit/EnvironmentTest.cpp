@@ -193,7 +193,7 @@ TEST_F(EnvironmentTest, NamesVersionAndArchitectureOfTheSystemOncePerProcess)
         simulated::facts->architecture = architecture;
         simulated::facts->version = version;
         EXPECT_EQ(env::DescribeSystem(), description);
-        simulated::facts->architecture = 0;
+        simulated::facts->architecture = architecture == 9 ? 12 : 9;
         EXPECT_EQ(env::DescribeSystem(), description);
     }
 }
