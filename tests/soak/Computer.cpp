@@ -68,7 +68,7 @@ Scene MakeProxyScene(const std::string& what, const std::function<int(CStay&)>& 
 CStay::~CStay()
 {
     pid_t proxy = 0;
-    if (std::ifstream(At("proxy.pid")) >> proxy)
+    if (std::ifstream(PathOf("proxy.pid")) >> proxy)
         ::kill(proxy, SIGTERM);
 }
 
@@ -76,9 +76,9 @@ int CStay::StartProxy(bool asksForPassword) const
 {
     const int port = collector::CRefusingPort().GetPort();
     Write("proxy.conf", "Port " + std::to_string(port) + "\nListen 127.0.0.1\nAllow 127.0.0.1\n" +
-                            "Timeout 60\nPidFile \"" + At("proxy.pid").string() + "\"\n" +
+                            "Timeout 60\nPidFile \"" + PathOf("proxy.pid") + "\"\n" +
                             (asksForPassword ? "BasicAuth user secret\n" : ""));
-    if (std::system(("tinyproxy -c " + At("proxy.conf").string()).c_str()) != 0)
+    if (std::system(("tinyproxy -c " + PathOf("proxy.conf")).c_str()) != 0)
         throw std::runtime_error("tinyproxy does not start; is tinyproxy-bin there?");
     return port;
 }
@@ -87,7 +87,7 @@ void CStay::SetRegistry(const std::string& lines) const
 {
     Write("values.reg", "Windows Registry Editor Version 5.00\r\n\r\n" + MakeValueLines("") +
                             MakeProxyLines(0) + lines);
-    const auto run = GetPrefix().Run({"reg.exe", "import", "Z:" + At("values.reg").string()});
+    const auto run = GetPrefix().Run({"reg.exe", "import", "Z:" + PathOf("values.reg")});
     if (run.status != 0)
         throw std::runtime_error("cannot change the registry: " + run.output);
 }

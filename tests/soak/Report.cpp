@@ -21,13 +21,13 @@ constexpr int sawViolation = 3; // a host's exit status
 
 constexpr bool isLongest[] = {false, false, false, false, true, true, true, true, false, false};
 
-// The largest number behind any `what` in the output.
-long FindLargest(const std::string& output, const std::string& what)
+// 0, and the number behind each `what` in the output.
+std::vector<double> FindNumbers(const std::string& output, const std::string& what)
 {
-    long largest = 0;
+    std::vector<double> numbers{0};
     for (std::size_t at = output.find(what); at != output.npos; at = output.find(what, at + 1))
-        largest = std::max(largest, std::atol(output.c_str() + at + what.size()));
-    return largest;
+        numbers.push_back(std::atof(output.c_str() + at + what.size()));
+    return numbers;
 }
 
 constexpr int width = 800;
@@ -36,7 +36,7 @@ constexpr int top = 24;     // for its title
 
 void DrawCurve(std::ostream& svg, int row, const char* title, const std::vector<double>& values)
 {
-    const double largest = std::max(1.0, *std::ranges::max_element(values));
+    const double largest = std::max(1.0, std::ranges::max(values));
     const int bottom = (row + 1) * (height + top);
     svg << "<text x='4' y='" << bottom - height - 6 << "'>" << title << ", at most " << largest
         << "</text>\n<polyline fill='none' stroke='#2a6fb0' points='";
@@ -51,7 +51,9 @@ void DrawCurve(std::ostream& svg, int row, const char* title, const std::vector<
 
 void CTable::Add(const Scene& scene, const module::ProgramResult& run, std::size_t delivered)
 {
-    const auto find = [&](const char* what) { return FindLargest(run.output, what); };
+    const auto find = [&](const char* what) {
+        return static_cast<long>(std::ranges::max(FindNumbers(run.output, what)));
+    };
     const bool isHeld = (scene.commands + scene.ends[0]).find("hold") != std::string::npos;
     const bool isCrashed = !run.hung && run.status != 0 && run.status != sawViolation;
     const long call = find("longest ");
@@ -106,24 +108,15 @@ void PutIntoReport(const std::string& path, const std::string& name, const std::
 
 std::string DrawPlot(const std::string& output, const std::vector<double>& delivered)
 {
-    static const char* const titles[] = {"bytes on all heaps of the host", "handles of the host",
-                                         "threads of the host", "requests delivered"};
-    std::vector<double> curves[] = {{0}, {0}, {0}, delivered};
-    std::string word;
-    for (std::istringstream words(output); words >> word;)
-        for (int i = 0; word == "left" && i < 3; ++i)
-        {
-            words >> curves[i].emplace_back();
-            words.ignore(64, i < 2 ? ',' : '\n');
-        }
     std::ostringstream svg;
     svg << "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " << width << ' '
         << 4 * (height + top) + 8 << "' font-family='sans-serif' font-size='13'>\n"
         << "<rect width='100%' height='100%' fill='white'/>\n";
-    for (int i = 0; i < 4; ++i)
-        DrawCurve(svg, i, titles[i], curves[i]);
-    svg << "</svg>\n";
-    return svg.str();
+    DrawCurve(svg, 0, "bytes on all heaps of the host", FindNumbers(output, "left "));
+    DrawCurve(svg, 1, "handles of the host", FindNumbers(output, " bytes, "));
+    DrawCurve(svg, 2, "threads of the host", FindNumbers(output, " handles, "));
+    DrawCurve(svg, 3, "requests delivered", delivered);
+    return svg.str() + "</svg>\n";
 }
 
 } // namespace soak

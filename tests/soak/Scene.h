@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/module/ModuleTest.h"
+#include "tests/unit/TemporaryFolder.h"
 
 #include <functional>
 #include <random>
@@ -11,7 +12,7 @@
 namespace soak {
 
 // One host with the real module, a collector and an installation of its own.
-class CStay : public module::CModuleTest
+class CStay : public module::CModuleTest, public Folder
 {
 public:
     // Writes an install.cfg that sends everything to the collector and keeps the history in the
@@ -25,16 +26,8 @@ public:
     static module::CWinePrefix& GetPrefix();
     module::ProgramResult RunHost(const std::string& commands, std::chrono::seconds limit) const;
 
-    // A file below the host's folder.
-    std::filesystem::path At(const std::string& name) const { return hostFolder / name; }
-    std::string Read(const std::string& name) const;
-    void Write(const std::string& name, const std::string& bytes) const;
-
     // Runs the host where there is no network at all, not even the computer's own.
     module::ProgramResult RunOffline(const std::string& commands, std::chrono::seconds limit) const;
-
-    // Lets the server go and come back all the time, until the stay's end.
-    void KeepRestartingServer();
 
     // Starts an HTTP proxy, Debian's tinyproxy, until the stay's end. Returns its port.
     int StartProxy(bool asksForPassword) const;
@@ -42,13 +35,11 @@ public:
     // Puts the prefix's registry back and adds the lines of a .reg file.
     void SetRegistry(const std::string& lines) const;
 
-    collector::CCollector& GetServer() { return secure ? *secure : collector; }
+    using CModuleTest::collector;
+    std::jthread weather; // until the stay's end
 
 private:
     void TestBody() override {}
-
-    std::optional<collector::CCollector> secure;
-    std::jthread restarting;
 };
 
 // What goes wrong around a host, and what the host does meanwhile.
@@ -71,7 +62,7 @@ Scene MakeScene(const std::string& fault, const std::string& where,
 std::vector<Scene> GetNetworkScenes(bool measurementProtocol);
 
 // What is wrong with the computer, and so for all hosts of a prefix: proxies, the registry. One
-// after the other; SetRegistry() puts the prefix back.
+// after the other.
 std::vector<Scene> GetComputerScenes();
 
 // Every kind of broken or hostile file, and of a host's odd calls.

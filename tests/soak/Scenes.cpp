@@ -38,16 +38,26 @@ Scene MakeNetworkScene(const std::string& fault)
 {
     const auto order = [fault](CStay& stay) {
         if (fault != "none")
-            collector::OrderFault(stay.GetServer(), fault);
+            collector::OrderFault(stay.collector, fault);
     };
     return MakeScene(fault, "server", order, true);
 }
 
-// A file of the host's with odd bytes in it.
-Scene MakeFileScene(const std::string& what, const std::string& name, const std::string& bytes)
+// With one of the host's files changed.
+Scene MakeFileScene(const std::string& fault, const std::string& where, const std::string& name,
+                    const std::function<void(std::string& bytes)>& change)
+{
+    return MakeScene(fault, where, [=](CStay& stay) {
+        std::string bytes = stay.Read(name);
+        change(bytes);
+        stay.Write(name, bytes);
+    });
+}
+
+Scene MakeFileScene(const std::string& fault, const std::string& name, const std::string& bytes)
 {
     const auto shared = std::make_shared<const std::string>(bytes);
-    return MakeScene(what, name, [=](CStay& stay) { stay.Write(name, *shared); });
+    return MakeFileScene(fault, name, name, [=](std::string& whole) { whole = *shared; });
 }
 
 std::string MakeUtf16(const std::string& text, bool bigEndian = false)
@@ -61,7 +71,6 @@ std::string MakeUtf16(const std::string& text, bool bigEndian = false)
 std::string Repeat(const std::string& part, std::size_t count)
 {
     std::string text;
-    text.reserve(part.size() * count);
     for (std::size_t i = 0; i < count; ++i)
         text += part;
     return text;
@@ -84,39 +93,28 @@ const std::string history =
 // --- the host's version resource ----------------------------------------------------------------
 
 // Each block begins with its length, its value's length and its type, two bytes each, and its key.
+// The place of all blocks is in the program's header.
 const struct
 {
     const char* fault;
-    const char* key;
-    std::size_t before; // bytes
+    std::string key;
+    long at; // bytes from the key
     std::string bytes;
 } brokenVersions[] = {
-    {"binary", "VS_VERSION_INFO", 0, MakeBinary(400)},
-    {"a length of 0", "VS_VERSION_INFO", 6, {0, 0}},
-    {"a length of 65535", "VS_VERSION_INFO", 6, "\xff\xff"},
-    {"a value's length of 65535", "VS_VERSION_INFO", 4, "\xff\xff"},
-    {"an entry's length of 0", "ProductName", 6, {0, 0}},
-    {"an entry's length of 65535", "ProductName", 6, "\xff\xff"},
-    {"an entry's value of 65535", "ProductName", 4, "\xff\xff"},
-    {"a translation of one byte", "Translation", 4, {1, 0}},
+    {"none", {'P', 'E', 0, 0}, 24 + 112 + 2 * 8, std::string(8, '\0')},
+    {"binary", MakeUtf16("VS_VERSION_INFO"), 0, MakeBinary(400)},
+    {"a length of 0", MakeUtf16("VS_VERSION_INFO"), -6, {0, 0}},
+    {"a length of 65535", MakeUtf16("VS_VERSION_INFO"), -6, "\xff\xff"},
+    {"a value's length of 65535", MakeUtf16("VS_VERSION_INFO"), -4, "\xff\xff"},
+    {"an entry's length of 0", MakeUtf16("ProductName"), -6, {0, 0}},
+    {"an entry's length of 65535", MakeUtf16("ProductName"), -6, "\xff\xff"},
+    {"an entry's value of 65535", MakeUtf16("ProductName"), -4, "\xff\xff"},
+    {"a translation of one byte", MakeUtf16("Translation"), -4, {1, 0}},
 };
 
-Scene MakeVersionScene(const std::string& what,
-                       const std::function<void(std::string& program)>& change)
+void LengthenContentPath(std::string& lines)
 {
-    const auto prepare = [change](CStay& stay) {
-        std::string program = stay.Read("host.exe");
-        change(program);
-        stay.Write("host.exe", program);
-    };
-    return MakeScene(what, "version of host.exe", prepare);
-}
-
-// The place of all resources, in the header behind that of DOS.
-void DropResources(std::string& program)
-{
-    const std::size_t header = static_cast<unsigned char>(program.at(0x3c));
-    program.replace(header + 24 + 112 + 2 * 8, 8, 8, '\0');
+    lines.insert(lines.find('\n') + 1, "UserContentPath=C:\\" + std::string(300, 'x') + "\\\r\n");
 }
 
 } // namespace
@@ -128,18 +126,11 @@ Scene MakeScene(const std::string& fault, const std::string& where,
 }
 
 CStay::CStay(bool measurementProtocol)
+    : CModuleTest(measurementProtocol ? 443 : 0), Folder{hostFolder}
 {
-    fs::create_directory(At("content"));
-    const std::string content = "UserContentPath=Z:" + At("content").string() + "\\\n";
-    PutConfig(MakeConfig(content));
-    if (!measurementProtocol)
-        return;
-    collector::CollectorSettings settings;
-    settings.port = 443;
-    secure.emplace(collector::CAuthority(module::CWinePrefix::GetAuthorityFolder()), settings);
-    PutConfig("[install]\ntracking=1\n" + content +
-              "[web]\nPIWIKURL=https://127.0.0.1/piwik.php\n"
-              "[UA]\nEnabled=1\nId=UA-7\nURL=https://127.0.0.1/collect\n");
+    fs::create_directory(PathOf("content"));
+    PutConfig(MakeConfig("UserContentPath=Z:" + PathOf("content") + "\\\n") +
+              (measurementProtocol ? measurementSection : ""));
 }
 
 module::CWinePrefix& CStay::GetPrefix()
@@ -150,7 +141,7 @@ module::CWinePrefix& CStay::GetPrefix()
 
 module::ProgramResult CStay::RunHost(const std::string& commands, std::chrono::seconds limit) const
 {
-    return GetPrefix().Run({At("host.exe"), "--watch"}, commands, limit);
+    return GetPrefix().Run({PathOf("host.exe"), "--watch"}, commands, limit);
 }
 
 // With a server of Wine's of its own, which makes the sockets.
@@ -162,32 +153,8 @@ module::ProgramResult CStay::RunOffline(const std::string& commands,
     module::RunProgram({"/usr/lib/wine/wineserver64", "-k"}, environment, {}, limit);
     const std::string user = ::geteuid() == 0 ? "" : "--user --map-current-user";
     return module::RunProgram({"sh", "-c", "exec unshare --net " + user + " \"$@\"", "offline",
-                               ZO_SOURCE_FOLDER "/cmake/wine", At("host.exe"), "--watch"},
+                               ZO_SOURCE_FOLDER "/cmake/wine", PathOf("host.exe"), "--watch"},
                               environment, commands, limit);
-}
-
-void CStay::KeepRestartingServer()
-{
-    restarting = std::jthread([this](const std::stop_token& stop) {
-        while (!stop.stop_requested())
-        {
-            GetServer().Refuse();
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            GetServer().Accept();
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        }
-    });
-}
-
-std::string CStay::Read(const std::string& name) const
-{
-    std::ifstream file(At(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void CStay::Write(const std::string& name, const std::string& bytes) const
-{
-    std::ofstream(At(name), std::ios::binary) << bytes;
 }
 
 std::vector<Scene> GetNetworkScenes(bool measurementProtocol)
@@ -195,9 +162,17 @@ std::vector<Scene> GetNetworkScenes(bool measurementProtocol)
     std::vector<Scene> scenes;
     for (const std::string& fault : faults)
         scenes.push_back(MakeNetworkScene(fault));
-    const auto refuse = [](CStay& stay) { stay.GetServer().Refuse(); };
+    const auto refuse = [](CStay& stay) { stay.collector.Refuse(); };
     scenes.push_back(MakeScene("refusing", "server", refuse, true));
-    const auto restart = [](CStay& stay) { stay.KeepRestartingServer(); };
+    const auto restart = [](CStay& stay) {
+        stay.weather = std::jthread([&](const std::stop_token& stop) {
+            for (bool isGone = false; !stop.stop_requested(); isGone = !isGone)
+            {
+                isGone ? stay.collector.Accept() : stay.collector.Refuse();
+                std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            }
+        });
+    };
     scenes.push_back(MakeScene("going and coming back", "server", restart, true));
     scenes.push_back(MakeScene(
         "no network", "computer", [](CStay&) {}, true));
@@ -228,20 +203,23 @@ std::vector<Scene> GetHostileScenes()
         MakeFileScene("addresses of no host", "install.cfg",
                       config + "GAURL=https://no.such.host.invalid/a?\r\n"
                                "[web]\r\nPIWIKURL=https://no.such.host.invalid/b"),
-        MakeVersionScene("none", &DropResources),
+        MakeFileScene("longer than 260", "UserContentPath", "install.cfg", &LengthenContentPath),
     };
     for (const auto& broken : brokenVersions)
-        scenes.push_back(MakeVersionScene(broken.fault, [&](std::string& program) {
-            const std::size_t key = program.find(MakeUtf16(broken.key));
-            program.replace(key - broken.before, broken.bytes.size(), broken.bytes);
-        }));
+    {
+        const auto damage = [&](std::string& program) {
+            const auto place = program.begin() + static_cast<long>(program.find(broken.key));
+            std::ranges::copy(broken.bytes, place + broken.at);
+        };
+        scenes.push_back(MakeFileScene(broken.fault, "version of host.exe", "host.exe", damage));
+    }
     for (std::size_t cut = 0; cut < history.size(); cut += 9)
         scenes.push_back(
             MakeFileScene("cut short", "content/tallyhive.xml", history.substr(0, cut)));
     const auto replace = [&](const char* what, const char* name, auto change) {
         const auto prepare = [=](CStay& stay) {
-            fs::remove_all(stay.At(name));
-            change(stay.At(name));
+            fs::remove_all(stay.PathOf(name));
+            change(stay.PathOf(name));
         };
         scenes.push_back(MakeScene(what, name, prepare));
     };
@@ -255,13 +233,6 @@ std::vector<Scene> GetHostileScenes()
     replace("read-only", "content",
             [](const fs::path& path) { fs::create_symlink("/proc/self", path); });
     replace("full", "content", [](const fs::path& path) { fs::create_symlink("/dev/full", path); });
-    const auto lengthen = [](CStay& stay) {
-        std::string lines = stay.Read("install.cfg");
-        lines.insert(lines.find('\n') + 1,
-                     "UserContentPath=C:\\" + std::string(300, 'x') + "\\\r\n");
-        stay.Write("install.cfg", lines);
-    };
-    scenes.push_back(MakeScene("longer than 260", "UserContentPath", lengthen));
     const auto call = [&](const char* what, const std::string& commands) {
         scenes.push_back({what, "calls", [](CStay&) {}, commands, everyEnd, false});
     };

@@ -13,7 +13,7 @@
 #include <sstream>
 #include <thread>
 
-namespace soak {
+using namespace soak;
 
 namespace {
 
@@ -69,7 +69,7 @@ void RunScene(const Scene& scene)
     const std::string commands = "blocked\n" + scene.commands + "calls\n" + scene.ends[0];
     const auto result = scene.isOffline ? stay.RunOffline(commands, seconds(60))
                                         : stay.RunHost(commands, seconds(60));
-    table.Add(scene, result, stay.GetServer().GetHits().size());
+    table.Add(scene, result, stay.collector.GetHits().size());
 }
 
 // Each scene with each of its ends. The short form takes one end for each, and leaves the
@@ -99,18 +99,10 @@ void AccountForHits()
         throw std::runtime_error(result.output);
 }
 
-void RunComputer()
-{
-    RunScenes("computer", 1, GetComputerScenes());
-    CStay().SetRegistry({});
-}
-
 // Killed while it reports, like a process of a machine that loses its power: the next run finds a
 // history that is old or new, never half of one, and goes on.
 void RunKilled()
 {
-    static const Scene killed{"killed while it reports", "process"};
-    static const Scene next{"killed while it reports, the next run", "process"};
     std::string work = "release\nunload\ngone 5000\n";
     for (int i = 0; i < 80; ++i)
         work += "load\nevent a b\nsleep 20\nrelease\nunload\ngone 5000\n";
@@ -118,13 +110,14 @@ void RunKilled()
         CStay stay;
         const std::string moment = std::to_string(MakeRandom(i)() % 1000);
         auto result = stay.RunHost("kill " + moment + "\n" + work, seconds(60));
-        const std::size_t before = stay.GetServer().GetHits().size();
-        table.Add(killed, result, before);
+        const std::size_t before = stay.collector.GetHits().size();
+        table.Add({"killed while it reports", "process"}, result, before);
         const std::string kept = stay.Read("content/tallyhive.xml");
         const bool isWhole = kept.empty() || kept.find("</SimpleXMLElement>") != kept.npos;
         result = stay.RunHost("event a b\nsleep 100\ncalls\nrelease\n", seconds(60));
         result.status = isWhole ? result.status : 4;
-        table.Add(next, result, stay.GetServer().GetHits().size() - before);
+        table.Add({"killed while it reports, the next run", "process"}, result,
+                  stay.collector.GetHits().size() - before);
     });
 }
 
@@ -139,7 +132,7 @@ void RunCycles()
                     (i == 9 || i == cycles - 1 ? "left\n" : "");
     const auto result = stay.RunHost(commands + "load\ncalls\nrelease\n", seconds(7200));
     table.Add({std::to_string(cycles) + " stays in one process", "process"}, result,
-              stay.GetServer().GetHits().size());
+              stay.collector.GetHits().size());
     for (std::size_t at = result.output.find("left "); at != result.output.npos;
          at = result.output.find("left ", at + 1))
         Tell(result.output.substr(at, result.output.find('\n', at) - at));
@@ -182,13 +175,13 @@ void RunSoak()
     CStay stay;
     std::vector<double> delivered;
     std::jthread weather(
-        [&](const std::stop_token& stop) { delivered = ChangeFaults(stay.GetServer(), stop); });
+        [&](const std::stop_token& stop) { delivered = ChangeFaults(stay.collector, stop); });
     const auto result =
         stay.RunHost(commands + "calls\nrelease\nblocked\n", seconds(rounds * 3 + 120));
     weather.request_stop();
     weather.join();
     const std::string where = "server, one host for " + std::to_string(rounds) + " s";
-    table.Add({"faults that change", where}, result, stay.GetServer().GetHits().size());
+    table.Add({"faults that change", where}, result, stay.collector.GetHits().size());
     if (const std::string plot = options.at("--plot"); !plot.empty())
         std::ofstream(plot) << DrawPlot(result.output, delivered);
 }
@@ -209,7 +202,7 @@ constexpr struct
     int lane;
     void (*work)();
 } parts[] = {
-    {"computer", 0, RunComputer},
+    {"computer", 0, [] { RunScenes("computer", 1, GetComputerScenes()); }},
     {"network", 1, [] { RunScenes("network", 3, GetNetworkScenes(false)); }},
     {"hostile", 1, [] { RunScenes("hostile", 3, GetHostileScenes()); }},
     {"random", 1, RunAtRandom},
@@ -262,19 +255,12 @@ void ReadOptions(int count, char** values)
 
 } // namespace
 
-} // namespace soak
-
 int main(int count, char** values)
 try
 {
-    using namespace soak;
     ReadOptions(count, values);
     RunLane(0);
-    std::vector<std::future<void>> lanes;
-    for (const int lane : {1, 2, 3, 4, 5})
-        lanes.push_back(std::async(std::launch::async, [&, lane] { RunLane(lane); }));
-    for (std::future<void>& lane : lanes)
-        lane.get();
+    DoAll("lanes", 5, 5, [](std::size_t i) { RunLane(static_cast<int>(i) + 1); });
     const std::string text = table.Format() + DescribeRun();
     std::printf("%s\n%s", text.c_str(), hits.c_str());
     if (const std::string report = options.at("--report"); !report.empty())
