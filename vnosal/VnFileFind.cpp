@@ -45,19 +45,18 @@ struct VnFileFind::State
             Fail(NumberOf(EError::OutOfMemory), cursor.GetPath());
     }
 
-    // False when the folder at the top is left.
-    bool Leave() noexcept
+    // Goes on where the folder was entered; when that cannot be done, the search ends.
+    void Leave() noexcept
     {
         entries.Cut(levels.GetLast().first);
         levels.Cut(levels.GetCount() - 1);
         if (levels.IsEmpty())
-            return false;
+            return;
         const SystemError error = cursor.Ascend();
         if (error == 0)
-            return true;
+            return;
         Fail(error, cursor.GetPath());
         levels.Cut(0);
-        return false;
     }
 
     bool IsEntered(EItemKind kind) const noexcept
