@@ -1,6 +1,8 @@
 """The collector's page in a real browser: PageTest.py COLLECTOR [CASE...]"""
 
+import csv
 import http.client
+import json
 import os
 import socket
 import ssl
@@ -10,6 +12,7 @@ import tempfile
 import threading
 import time
 import unittest
+from datetime import datetime
 from pathlib import Path
 
 from selenium import webdriver
@@ -78,7 +81,7 @@ class Collector:
         connection = http.client.HTTPConnection('127.0.0.1', self.page_port)
         connection.request(method, path, headers=headers)
         answer = connection.getresponse()
-        answer.read()
+        answer.text = answer.read().decode()
         connection.close()
         return answer
 
@@ -159,23 +162,25 @@ class PageTest(unittest.TestCase):
 
     def test_filters(self):
         other = {'visitor': 77, 'product': 'Disk%20Tool', 'tail': 'utmp=Disk%20Tool'}
-        self.collector.send(classic(1, tail=PAGEVIEW), classic(2), classic(1, **other), '/__utm.gif?colour=red')
-        tidy, disk, broken = 'pageview of Tidy Desk', 'pageview of Disk Tool', 'pageview'
-        for name, value, *expected in [('kind', 'event', EVENT), ('product', 'Tidy Desk', tidy, EVENT),
-                                       ('verdict', 'invalid', broken), ('verdict', 'missing', broken),
+        self.collector.send(classic(1, tail=PAGEVIEW), classic(2), classic(1, **other), '/__utm.gif?colour=red',
+                            b'v=1&tid=UA-1&cid=7&t=event&ec=C&ea=A')
+        tidy, disk, broken, other_kind = 'pageview of Tidy Desk', 'pageview of Disk Tool', 'pageview', 'event C / A'
+        everything = tidy, EVENT, disk, broken, other_kind
+        for name, value, *expected in [('kind', 'event', EVENT, other_kind), ('product', 'Tidy Desk', tidy, EVENT),
+                                       ('verdict', 'invalid', broken, other_kind), ('verdict', 'missing', broken, other_kind),
                                        ('verdict', 'valid', tidy, EVENT, disk),
                                        ('tracker', 'classic', tidy, EVENT, disk, broken),
                                        ('text', 'scan / st', EVENT), ('text', 'COLOUR=RED', broken), ('text', 'nowhere')]:
             with self.subTest(name=name, value=value):
                 self.open()
-                self.expect_rows(tidy, EVENT, disk, broken)
+                self.expect_rows(*everything)
                 if name == 'text':
                     self.press('/', value)
                 else:
                     Select(self.find(f'[name={name}]')).select_by_value(value)
                 self.expect_rows(*expected)
                 self.press(Keys.ESCAPE)
-                self.expect_rows(tidy, EVENT, disk, broken)
+                self.expect_rows(*everything)
         self.open('#text=SCAN')
         self.expect_rows(EVENT)
         self.collector.send(classic(2, **other), classic(3))
@@ -205,6 +210,27 @@ class PageTest(unittest.TestCase):
         self.expect('p.verdicts', 'Valid: nothing to say about this hit.')
         self.press(Keys.ESCAPE)
         self.assertFalse(self.find('#detail').is_displayed())
+
+    def test_waits_for_hits_and_exports_those_of_a_filter(self):
+        quoted = classic(2, tail='utmt=event&utme=5(S*%22A,%22*)(3)&utmp=Tidy%20Desk')
+        self.collector.send(classic(1, tail=PAGEVIEW), quoted, b'v=1&tid=UA-1&cid=7&t=event&ec=C&ea=A')
+        for count, arrived in (3, True), (4, False):
+            answer = json.loads(self.collector.get(f'/api/wait?count={count}&timeout=50').text)
+            self.assertEqual(answer, {'arrived': arrived, 'hits': 3})
+        csv_text, har_text, lines = (self.collector.get(f'/api/export?kind=event&format={format}').text
+                                     for format in ('csv', 'har', 'jsonl'))
+        rows = list(csv.DictReader(csv_text.splitlines()))
+        self.assertEqual([(row['id'], row['tracker'], row['sentence'], row['target']) for row in rows],
+                         [('2', 'classic', 'event S / "A,", value 3', quoted),
+                          ('3', 'measurement', 'event C / A', '/collect')])
+        self.assertLess(abs(datetime.fromisoformat(rows[0]['time'].replace('Z', '+00:00')).timestamp() - time.time()), 60)
+        requests = [entry['request'] for entry in json.loads(har_text)['log']['entries']]
+        self.assertEqual([request['url'] for request in requests],
+                         [f'https://127.0.0.1{target}' for target in (quoted, '/collect')])
+        self.assertIn({'name': 'utme', 'value': '5(S*"A,"*)(3)'}, requests[0]['queryString'])
+        self.assertEqual(requests[1]['postData']['text'], 'v=1&tid=UA-1&cid=7&t=event&ec=C&ea=A')
+        self.assertEqual([json.loads(line)['id'] for line in lines.splitlines()], [2, 3])
+        self.assertEqual(self.collector.get('/api/export?format=xml').status, 400)
 
     def test_hundred_thousand_hits(self):
         self.collector.send(*(classic(number, tail=f'utmp=Page%20{number}') for number in range(1, 100_001)))
