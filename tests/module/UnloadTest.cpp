@@ -74,4 +74,14 @@ TEST_F(UnloadTest, TheHostOutlivesAnyLackOfMemory)
     ExpectAllGone(RunHost(commands + "load\nstatus\n", std::chrono::minutes(5)));
 }
 
+TEST_F(UnloadTest, ReferencesAreCountedAndTheLastReleaseSendsWhatIsQueued)
+{
+    PutConfig(MakeConfig());
+    const ProgramResult run = RunHost("use kpi\nget\nrelease\nstatus\npageview\n"
+                                      "release\nget\nstatus\nrelease\nrelease\nstatus\n");
+    ExpectCleanEnd(run);
+    EXPECT_THAT(run.output, testing::ContainsRegex("kpi enabled.*kpi none.*kpi none"));
+    EXPECT_FALSE(collector.GetHits().empty());
+}
+
 } // namespace module

@@ -32,6 +32,19 @@ TEST(NetworkAdapters, HaveTheirOwnAddressAndTheirGateways)
     }
 }
 
+TEST(UniqueHandle, HasOneOwnerAndLeavesTheLastErrorAlone)
+{
+    const HANDLE closed = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    ::CloseHandle(closed);
+    ::SetLastError(ERROR_FILE_NOT_FOUND);
+    {
+        CKernelHandle first(closed);
+        const CKernelHandle second(std::move(first));
+        EXPECT_FALSE(first);
+    }
+    EXPECT_EQ(::GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+}
+
 TEST(DeadlineCall, IsLeftAtItsDeadline)
 {
     CStopSignal stop;

@@ -168,7 +168,10 @@ std::vector<Scene> GetNetworkScenes(bool measurementProtocol)
         stay.weather = std::jthread([&](const std::stop_token& stop) {
             for (bool isGone = false; !stop.stop_requested(); isGone = !isGone)
             {
-                isGone ? stay.collector.Accept() : stay.collector.Refuse();
+                if (isGone)
+                    stay.collector.Accept();
+                else
+                    stay.collector.Refuse();
                 std::this_thread::sleep_for(std::chrono::milliseconds(200));
             }
         });
@@ -208,8 +211,8 @@ std::vector<Scene> GetHostileScenes()
     for (const auto& broken : brokenVersions)
     {
         const auto damage = [&](std::string& program) {
-            const auto place = program.begin() + static_cast<long>(program.find(broken.key));
-            std::ranges::copy(broken.bytes, place + broken.at);
+            const std::size_t at = program.find(broken.key) + static_cast<std::size_t>(broken.at);
+            program.replace(at, broken.bytes.size(), broken.bytes);
         };
         scenes.push_back(MakeFileScene(broken.fault, "version of host.exe", "host.exe", damage));
     }

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <string>
 #include <thread>
+#include <tuple>
 
 using xml::SimpleXMLElement;
 
