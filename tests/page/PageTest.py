@@ -217,6 +217,9 @@ class PageTest(unittest.TestCase):
         for count, arrived in (3, True), (4, False):
             answer = json.loads(self.collector.get(f'/api/wait?count={count}&timeout=50').text)
             self.assertEqual(answer, {'arrived': arrived, 'hits': 3})
+        for limit, more in (2, True), (3, False):
+            answer = json.loads(self.collector.get(f'/api/hits?limit={limit}').text)
+            self.assertEqual((len(answer['hits']), answer['more']), (limit, more))
         csv_text, har_text, lines = (self.collector.get(f'/api/export?kind=event&format={format}').text
                                      for format in ('csv', 'har', 'jsonl'))
         rows = list(csv.DictReader(csv_text.splitlines()))
