@@ -6,7 +6,7 @@
 #include "tools/collector/QueryText.h"
 
 #include <cstdlib>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <stdexcept>
 
 using namespace collector;
@@ -130,7 +130,7 @@ TEST(Verdicts, HoldEachHitAgainstItsTable)
         {visit, "http://x", "x", "site-without-scheme:url"},
         {visit, "de%2Dde", "de%5FDE", "language-country:lang"},
         {happening, "a&e_a=b&e_n=&e_v=1.5",
-         "%20%20&e_a=b&e_n=" + std::string(4097, 'x') + "&e_v=many&idsite=2",
+         "%20%20&e_a=b&e_n=" + std::string(4095, 'x') + "%F0%90%80%80&e_v=many&idsite=2",
          "repeated:idsite blank-category:e_c label-too-long:e_n no-number:e_v"},
         {"/collect?z=1", "", "",
          "method: kind: missing:v missing:tid missing:aip missing:ds missing:cid missing:uid "
@@ -201,6 +201,10 @@ TEST(Course, FollowsEachVisitor)
             report.sentence.substr(std::min(report.sentence.find(','), report.sentence.size()));
         EXPECT_EQ(found, c.expected) << c.request;
     }
+    std::string sentences;
+    for (int times = 4; times <= 21; ++times)
+        sentences += inspector.Inspect(MakeHit(scan + std::to_string(times))).sentence + ';';
+    EXPECT_THAT(sentences, testing::ContainsRegex(", 11th time;.*, 21st time;"));
 }
 
 TEST(LogLine, ReadsWhatWebServersWrite)
