@@ -133,6 +133,7 @@ TEST_F(CollectorServer, RefusesCertificatesAndConnectionsAsOrdered)
     }
     CTlsClient open = Connect(server);
     EXPECT_TRUE(server.WaitForConnections(5, 0s));
+    EXPECT_FALSE(server.WaitForConnections(6, 0s));
     server.Refuse();
     EXPECT_EQ(open.Read(), "");
     EXPECT_FALSE(CTlsClient(server.GetPort()).IsConnected());
