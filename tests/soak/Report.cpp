@@ -40,7 +40,8 @@ void DrawCurve(std::ostream& svg, int row, const char* title, const std::vector<
     const int bottom = (row + 1) * (height + top);
     svg << "<text x='4' y='" << bottom - height - 6 << "'>" << title << ", at most " << largest
         << "</text>\n<polyline fill='none' stroke='#2a6fb0' points='";
-    for (std::size_t i = 0; i < values.size(); ++i)
+    const std::size_t step = std::max<std::size_t>(1, values.size() / width); // a point a pixel
+    for (std::size_t i = 0; i < values.size(); i += step)
         svg << static_cast<double>(i) * width / static_cast<double>(values.size()) << ','
             << bottom - values[i] * height / largest << ' ';
     svg << "'/>\n<line x1='0' x2='" << width << "' y1='" << bottom << "' y2='" << bottom
