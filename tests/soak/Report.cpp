@@ -1,6 +1,7 @@
 #include "tests/soak/Report.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -10,6 +11,8 @@
 namespace soak {
 
 namespace {
+
+const auto start = std::chrono::steady_clock::now();
 
 constexpr long releaseLimit = 3000;    // milliseconds
 constexpr long emptyingLimit = 13'000; // while sends succeed
@@ -38,8 +41,8 @@ void DrawCurve(std::ostream& svg, int row, const char* title, const std::vector<
 {
     const double largest = std::max(1.0, std::ranges::max(values));
     const int bottom = (row + 1) * (height + top);
-    svg << "<text x='4' y='" << bottom - height - 6 << "'>" << title << ", at most " << largest
-        << "</text>\n<polyline fill='none' stroke='#2a6fb0' points='";
+    svg << "<text x='4' y='" << bottom - height - 6 << "'>" << title << ", at most "
+        << static_cast<long>(largest) << "</text>\n<polyline fill='none' stroke='#2a6fb0' points='";
     const std::size_t step = std::max<std::size_t>(1, values.size() / width); // a point a pixel
     for (std::size_t i = 0; i < values.size(); i += step)
         svg << static_cast<double>(i) * width / static_cast<double>(values.size()) << ','
@@ -49,6 +52,16 @@ void DrawCurve(std::ostream& svg, int row, const char* title, const std::vector<
 }
 
 } // namespace
+
+long GetSeconds()
+{
+    return static_cast<long>((std::chrono::steady_clock::now() - start) / std::chrono::seconds(1));
+}
+
+void Tell(const std::string& what)
+{
+    std::fprintf(stderr, "%5ld s: %s\n", GetSeconds(), what.c_str());
+}
 
 void CTable::Add(const Scene& scene, const module::ProgramResult& run, std::size_t delivered)
 {
@@ -74,9 +87,9 @@ void CTable::Add(const Scene& scene, const module::ProgramResult& run, std::size
     if (!isCrashed && !run.hung && !isBreach)
         return;
     isClean = false;
-    std::printf("-- %s, %s: status %d%s\n%s%s\n%s\n", scene.where.c_str(), scene.fault.c_str(),
-                run.status, run.hung ? ", hung" : "", scene.commands.substr(0, 400).c_str(),
-                scene.ends[0].c_str(), run.output.c_str());
+    Tell(scene.where + suffix + ", " + scene.fault + ": status " + std::to_string(run.status) +
+         (run.hung ? ", hung\n" : "\n") + scene.commands.substr(0, 400) + scene.ends[0] + '\n' +
+         run.output);
 }
 
 std::string CTable::Format() const

@@ -11,11 +11,17 @@
 
 namespace soak {
 
+// How long the program has been running.
+long GetSeconds();
+
+// Says on standard error what happens, and when. Any thread.
+void Tell(const std::string& what);
+
 // What was seen of each fault. Any thread.
 class CTable
 {
 public:
-    // Adds a host's run, and prints it when something was wrong with it. `delivered` is the number
+    // Adds a host's run, and tells it when something was wrong with it. `delivered` is the number
     // of requests that the server read.
     void Add(const Scene& scene, const module::ProgramResult& run, std::size_t delivered);
 

@@ -17,16 +17,16 @@ using namespace soak;
 
 namespace {
 
-using std::chrono::seconds;
+using std::chrono::milliseconds, std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
 // As they are without being given.
 std::map<std::string, std::string> options{{"--short", ""},  {"--part", ""}, {"--minutes", "0"},
                                            {"--report", ""}, {"--plot", ""}, {"--seed", "1"}};
-const Clock::time_point start = Clock::now();
 CTable table;
 std::string hits; // a table, too
 std::atomic<bool> isBroken{false};
+std::atomic<long> longestStandstill{0}; // milliseconds
 
 bool IsShort() { return !options.at("--short").empty(); }
 int GetMinutes() { return std::stoi(options.at("--minutes")); }
@@ -34,13 +34,6 @@ int GetMinutes() { return std::stoi(options.at("--minutes")); }
 std::mt19937 MakeRandom(std::size_t number = 0)
 {
     return std::mt19937(static_cast<unsigned>(std::stoul(options.at("--seed")) + number));
-}
-
-long GetSeconds() { return static_cast<long>((Clock::now() - start) / seconds(1)); }
-
-void Tell(const std::string& what)
-{
-    std::fprintf(stderr, "%5ld s: %s\n", GetSeconds(), what.c_str());
 }
 
 // Does `work` on a few threads, with 0, 1 ...; `count` times and then until `end`.
@@ -191,7 +184,7 @@ void RunAtRandom()
     DoAll(
         "random", 4, IsShort() ? 12 : 1000,
         [](std::size_t i) { RunScene(DrawScene(MakeRandom(i))); },
-        start + std::chrono::minutes(GetMinutes()));
+        Clock::now() + std::chrono::minutes(GetMinutes()));
 }
 
 // Lanes are beside each other, the parts of one follow each other: those of lane 0 share port 443.
@@ -232,13 +225,28 @@ catch (const std::exception& failure)
     isBroken = true;
 }
 
+// A machine may stand still as a whole, its hosts and their time limits with it.
+void WatchMachine(const std::stop_token& stop)
+{
+    while (!stop.stop_requested())
+    {
+        const Clock::time_point begun = Clock::now();
+        std::this_thread::sleep_for(milliseconds(100));
+        const auto late = static_cast<long>((Clock::now() - begun) / milliseconds(1)) - 100;
+        if (late > 1000)
+            Tell("the machine stood still for " + std::to_string(late) + " ms");
+        longestStandstill = std::max(longestStandstill.load(), late);
+    }
+}
+
 std::string DescribeRun()
 {
     double load[3] = {};
     ::getloadavg(load, 3);
     return "\nSeed " + options.at("--seed") + ", " + std::to_string(GetSeconds()) + " s, " +
            std::to_string(std::thread::hardware_concurrency()) + " processors with a load of " +
-           std::to_string(load[2]).substr(0, 4) + " in the last 15 minutes.\n";
+           std::to_string(load[2]).substr(0, 4) + " in the last 15 minutes; a thread that only " +
+           "sleeps was late by " + std::to_string(longestStandstill) + " ms at the most.\n";
 }
 
 void ReadOptions(int count, char** values)
@@ -259,6 +267,7 @@ int main(int count, char** values)
 try
 {
     ReadOptions(count, values);
+    const std::jthread watch(WatchMachine);
     DoAll("lanes", 6, 6, [](std::size_t i) { RunLane(static_cast<int>(i)); });
     const std::string text = table.Format() + DescribeRun();
     std::printf("%s\n%s", text.c_str(), hits.c_str());
