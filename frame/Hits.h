@@ -16,6 +16,7 @@ constexpr HitView MakeMessageHit(std::wstring_view text)
     return {.type = EHitType::Message, .field5 = text};
 }
 
+// What stands in an event for an empty text that it must have.
 constexpr std::wstring_view OrUnknown(std::wstring_view text)
 {
     return text.empty() ? L"unknown" : text;
