@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <numeric>
 #include <sstream>
 #include <stdexcept>
 
@@ -124,12 +125,15 @@ std::string DrawPlot(const std::string& output, const std::vector<double>& deliv
 {
     std::ostringstream svg;
     svg << "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " << width << ' '
-        << 4 * (height + top) + 8 << "' font-family='sans-serif' font-size='13'>\n"
+        << 5 * (height + top) + 8 << "' font-family='sans-serif' font-size='13'>\n"
         << "<rect width='100%' height='100%' fill='white'/>\n";
     DrawCurve(svg, 0, "bytes on all heaps of the host", FindNumbers(output, "left "));
     DrawCurve(svg, 1, "handles of the host", FindNumbers(output, " bytes, "));
     DrawCurve(svg, 2, "threads of the host", FindNumbers(output, " handles, "));
-    DrawCurve(svg, 3, "requests delivered", delivered);
+    std::vector<double> wakeUps = FindNumbers(output, " threads, ");
+    std::adjacent_difference(wakeUps.begin(), wakeUps.end(), wakeUps.begin());
+    DrawCurve(svg, 3, "wake-ups of the two workers in a round of 1.6 s", wakeUps);
+    DrawCurve(svg, 4, "requests delivered", delivered);
     return svg.str() + "</svg>\n";
 }
 

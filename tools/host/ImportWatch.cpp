@@ -171,6 +171,25 @@ HANDLE WINAPI CreateWatchedThread(SECURITY_ATTRIBUTES* security, SIZE_T stack,
     return thread;
 }
 
+std::atomic<long> wakeUps{0};
+
+DWORD CountWakeUp(DWORD limit, DWORD result) noexcept
+{
+    if (limit != 0 && IsWorker())
+        ++wakeUps;
+    return result;
+}
+
+DWORD WINAPI WaitForOne(HANDLE object, DWORD limit)
+{
+    return CountWakeUp(limit, ::WaitForSingleObject(object, limit));
+}
+
+DWORD WINAPI WaitForSome(DWORD count, const HANDLE* objects, BOOL all, DWORD limit)
+{
+    return CountWakeUp(limit, ::WaitForMultipleObjects(count, objects, all, limit));
+}
+
 // A worker parks itself, to be ended, when the loader's lock was not to be had; whoever had it may
 // have let it go since.
 BOOL WINAPI TerminateWatchedThread(HANDLE thread, DWORD exitCode)
@@ -225,6 +244,8 @@ void* AddressOf(Function* function)
 const Replacement replacements[] = {
     {"CreateThread", AddressOf(&CreateWatchedThread), nullptr},
     {"TerminateThread", AddressOf(&TerminateWatchedThread), nullptr},
+    {"WaitForSingleObject", AddressOf(&WaitForOne), nullptr},
+    {"WaitForMultipleObjects", AddressOf(&WaitForSome), nullptr},
     {"malloc", AddressOf(&Allocate), nullptr},
     {"calloc", AddressOf(&AllocateZeroed), nullptr},
     {"realloc", AddressOf(&Reallocate), nullptr},
@@ -311,5 +332,7 @@ void StarveAllocations(long first, long count) noexcept
 long GetStarvedCount() noexcept { return starved; }
 
 long GetViolationCount() noexcept { return violations; }
+
+long GetWakeUpCount() noexcept { return wakeUps; }
 
 } // namespace host

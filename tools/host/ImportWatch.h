@@ -4,15 +4,13 @@
 // sees two kinds of faults that no result shows:
 //
 // - A worker calls what may need the loader's lock, a window or a lock of a system library's.
-// (Workers
-//   are the module's threads that it creates suspended; its other threads make such calls for
-//   them.)
+//   (Workers are the module's threads that it creates suspended; its other threads make such calls
+//   for them.)
 // - Anybody calls, under the loader's lock, what waits for other threads or leaves the machine; or
-// a
-//   thread is ended from outside although nobody unloads the module.
+//   a thread is ended from outside although nobody unloads the module.
 //
-// Each is printed once a function, as "violation: FUNCTION on a worker". It also lets the module's
-// allocations fail.
+// Each is printed once a function, as "violation: FUNCTION on a worker". It also counts how often
+// workers wake up, and lets the module's allocations fail.
 namespace host {
 
 // Watches every later load of the module. Once, before the first one.
@@ -26,5 +24,8 @@ long GetStarvedCount() noexcept;
 
 // How many violations were seen, each function once.
 long GetViolationCount() noexcept;
+
+// How many waits of workers have ended so far, that had something to wait for.
+long GetWakeUpCount() noexcept;
 
 } // namespace host

@@ -149,8 +149,8 @@ bool CSession::Obey(const Command& command)
     else if (verb == L"status")
         Print("main %s, kpi %s", TellState(main), TellState(kpi));
     else if (verb == L"left")
-        Print("left %zu bytes, %lu handles, %lu threads", MeasureHeaps(), CountHandles(),
-              CountThreads());
+        Print("left %zu bytes, %lu handles, %lu threads, %ld wake-ups", MeasureHeaps(),
+              CountHandles(), CountThreads(), GetWakeUpCount());
     else if (verb == L"blocked")
         Print("blocked %llu ms", TakeLongestWait());
     else if (verb == L"starve")
