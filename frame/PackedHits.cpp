@@ -30,49 +30,46 @@ std::uint32_t CountUnits(std::wstring_view text)
 
 void CPackedHits::Append(const HitView& hit)
 {
-    const std::array texts{&hit.field1, &hit.field2, &hit.field3, &hit.field4, &hit.field5};
+    const std::array texts{hit.field1, hit.field2, hit.field3, hit.field4, hit.field5};
     Head head{{}, static_cast<std::uint8_t>(hit.type), hit.onceOnly};
     std::size_t units = headUnits;
     for (std::size_t i = 0; i < texts.size(); ++i)
     {
-        head.lengths[i] = CountUnits(*texts[i]);
-        units += texts[i]->size();
+        head.lengths[i] = CountUnits(texts[i]);
+        units += texts[i].size();
     }
     wchar_t* to = Extend(units);
     std::memcpy(to, &head, sizeof(head));
     to += headUnits;
-    for (const std::wstring_view* text : texts)
-        to += text->copy(to, text->size());
+    for (std::wstring_view text : texts)
+        for (wchar_t unit : text) // short texts: a call of memcpy for each costs twice as much
+            *to++ = unit;
 }
 
 // Room for so many more units behind the newest record.
 wchar_t* CPackedHits::Extend(std::size_t units)
 {
-    if (blocks.empty() || blocks.back().size - blocks.back().used < units)
+    if (newest.size - newest.used < units)
     {
-        if (IsEmpty())
-            blocks.clear(); // the block that was kept is too small
         const std::size_t size = std::max(units, blockUnits);
-        blocks.push_back({std::make_unique_for_overwrite<wchar_t[]>(size), size, 0});
+        Block block{std::make_unique_for_overwrite<wchar_t[]>(size), size};
+        if (newest.used > 0)
+            full.push_back(std::move(newest));
+        newest = std::move(block);
     }
-    Block& block = blocks.back();
-    return block.units.get() + std::exchange(block.used, block.used + units);
+    return newest.units.get() + std::exchange(newest.used, newest.used + units);
 }
 
 void CPackedHits::TakeOldest(PackedHit& hit)
 {
-    const Block& block = blocks.front();
+    const Block& block = full.empty() ? newest : full.front();
     const wchar_t* const from = block.units.get() + taken;
     std::memcpy(&hit.head, from, sizeof(hit.head));
     const std::size_t units =
         std::accumulate(hit.head.lengths.begin(), hit.head.lengths.end(), std::size_t{0});
-    wchar_t* to = hit.texts.data();
-    if (units > hit.texts.size())
-    {
-        hit.longTexts = std::make_unique_for_overwrite<wchar_t[]>(units);
-        to = hit.longTexts.get();
-    }
-    std::copy_n(from + headUnits, units, to);
+    hit.longTexts =
+        units > hit.texts.size() ? std::make_unique_for_overwrite<wchar_t[]>(units) : nullptr;
+    std::copy_n(from + headUnits, units, hit.longTexts ? hit.longTexts.get() : hit.texts.data());
     taken += headUnits + units;
     if (taken == block.used)
         LeaveEmptiedBlock();
@@ -81,10 +78,12 @@ void CPackedHits::TakeOldest(PackedHit& hit)
 void CPackedHits::LeaveEmptiedBlock() noexcept
 {
     taken = 0;
-    if (blocks.size() == 1 && blocks.front().size == blockUnits)
-        blocks.front().used = 0;
+    if (!full.empty())
+        full.pop_front();
+    else if (newest.size == blockUnits)
+        newest.used = 0;
     else
-        blocks.pop_front();
+        newest = {};
 }
 
 TrackingHit PackedHit::Unpack() const

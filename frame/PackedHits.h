@@ -39,7 +39,7 @@ struct PackedHit
 class CPackedHits
 {
 public:
-    bool IsEmpty() const noexcept { return blocks.empty() || blocks.front().used == 0; }
+    bool IsEmpty() const noexcept { return full.empty() && newest.used == 0; }
 
     // Appends a copy of the hit. Throws std::bad_alloc, and has appended nothing then.
     void Append(const HitView& hit);
@@ -51,15 +51,16 @@ private:
     struct Block
     {
         std::unique_ptr<wchar_t[]> units;
-        std::size_t size;
-        std::size_t used;
+        std::size_t size = 0;
+        std::size_t used = 0;
     };
 
     wchar_t* Extend(std::size_t units);
     void LeaveEmptiedBlock() noexcept;
 
-    std::list<Block> blocks;
-    std::size_t taken = 0; // units of the first block
+    Block newest;          // takes what is appended
+    std::list<Block> full; // the older ones
+    std::size_t taken = 0; // units of the oldest one
 };
 
 } // namespace frame
