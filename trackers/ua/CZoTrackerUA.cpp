@@ -107,22 +107,35 @@ void CZoTrackerUA::SetTrackingEnabled(bool enable) noexcept
 
 void CZoTrackerUA::ChooseProductName(std::wstring name)
 {
-    const VnCriticalSectionLock lock(productLock);
-    productName = name.empty() ? FindProductName() : std::move(name);
+    if (name.empty())
+        name = FindProductName();
+    {
+        const VnCriticalSectionLock lock(productLock);
+        productName = std::move(name);
+    }
     GetClientId();
     BuildUserAgent();
 }
 
 std::wstring CZoTrackerUA::FindProductName() const
 {
-    std::wstring name = ReadConfiguredProductName(configPath);
-    return name.empty() ? env::GetFileProductName(hostPath) : name;
+    std::wstring config;
+    std::wstring host;
+    {
+        const VnCriticalSectionLock lock(productLock);
+        config = configPath;
+        host = hostPath;
+    }
+    std::wstring name = ReadConfiguredProductName(config);
+    return name.empty() ? env::GetFileProductName(host) : name;
 }
 
 void CZoTrackerUA::BuildUserAgent()
 {
-    communicator.SetRequestHeaders(
-        L"", L"", frame::FormatUserAgent(GetProductName(), hostVersion, env::DescribeSystem()));
+    const std::wstring system = env::DescribeSystem();
+    const VnCriticalSectionLock lock(productLock); // the latest name has the last word
+    communicator.SetRequestHeaders(L"", L"",
+                                   frame::FormatUserAgent(productName, hostVersion, system));
 }
 
 std::wstring CZoTrackerUA::GetClientId()

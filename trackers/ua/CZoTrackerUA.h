@@ -47,7 +47,7 @@ private:
     void ReadConfigurationOf(const std::wstring& newHostPath) override;
 
     void ChooseProductName(std::wstring name) override;
-    std::wstring FindProductName() const ZO_LOCKING(requires_capability(productLock));
+    std::wstring FindProductName() const;
     void BuildUserAgent();
 
     // Sends the hits in order, each once. Two results in a row that say there is no connection at
