@@ -31,8 +31,8 @@ CZoTrackerPiWik::CZoTrackerPiWik() : CTrackerBase(L"CZoTrackerPiWik::TrackingThr
 {
     client.endpoint = OpenQuery(GetInstallConfigString(L"web", L"PIWIKURL", defaultEndpoint));
     client.siteId = GetInstallConfigString(L"install", L"kpisite", L"1");
-    trackingEnabled =
-        client.siteId != noSite && env::GetInstallConfigInt(L"install", L"tracking", 0) == 1;
+    hasSite = client.siteId != noSite;
+    trackingEnabled = hasSite && env::GetInstallConfigInt(L"install", L"tracking", 0) == 1;
     client.language = ComposeLanguage(GetInstallConfigString(L"install", L"language", L"en_US"),
                                       TakeCountryCode(env::GetUserLanguageCode()));
     client.phash = GetInstallConfigString(L"install", L"PHASH", L"");
@@ -48,7 +48,7 @@ CZoTrackerPiWik::~CZoTrackerPiWik() { StopWorker(); }
 
 void CZoTrackerPiWik::SetTrackingEnabled(bool enable) noexcept
 {
-    Guard([&] { SwitchInstallTracking(enable, client.siteId != noSite); });
+    Guard([&] { SwitchInstallTracking(enable, hasSite); });
 }
 
 void CZoTrackerPiWik::ReadConfigurationOf(const std::wstring& hostPath)
@@ -121,7 +121,12 @@ std::wstring CZoTrackerPiWik::BuildKpiRequestUrl(const TrackingHit& hit) const
 
 bool CZoTrackerPiWik::SendKpiRequest(CInternetSession* session, const std::wstring& url) const
 {
-    return frame::OpenTrackingUrl(session, url, frame::FormatUserAgentHeader(client.userAgent));
+    std::wstring userAgent;
+    {
+        const VnCriticalSectionLock lock(productLock);
+        userAgent = client.userAgent;
+    }
+    return frame::OpenTrackingUrl(session, url, frame::FormatUserAgentHeader(userAgent));
 }
 
 } // namespace trackers

@@ -39,7 +39,8 @@ private:
     void ChooseProductName(std::wstring name) override;
     void ReadConfigurationOf(const std::wstring& hostPath) override;
 
-    KpiClient client;           // language and phash guarded by productLock
+    KpiClient client ZO_LOCKING(guarded_by(productLock));
+    bool hasSite = true;        // constant
     bool sendingFailed = false; // the worker's only
     frame::CClosingPhase closing{stop};
 };

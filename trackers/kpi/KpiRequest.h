@@ -28,9 +28,8 @@ struct KpiMoment
 };
 
 // The address that reports one hit to the tracking interface of a Piwik server: a visit, and for an
-// event its e_ parameters. The server
-// counts the use of the product only, so no other hit brings parameters of its own. Values go out
-// as they stand unless the body encodes them. Any thread.
+// event its e_ parameters. The server counts the use of the product only, so no other hit brings
+// parameters of its own. Values go out as they stand unless the body encodes them. Any thread.
 std::wstring BuildKpiRequest(const KpiClient& client, const KpiMoment& moment,
                              const frame::TrackingHit& hit);
 
