@@ -67,10 +67,10 @@ ProgramResult CModuleTest::RunHost(const std::string& commands, std::chrono::sec
 void ExpectCleanEnd(const ProgramResult& run)
 {
     EXPECT_EQ(run.status, 0) << (run.hung ? "hung: " : "") << run.output;
-    const std::pair<std::string, int> limits[] = {{"\nrelease main ", 3000},
-                                                  {"\nrelease kpi ", 3000},
-                                                  {"\nunload ", 2000},
-                                                  {"\nblocked ", 500}}; // milliseconds
+    const std::pair<std::string, int> limits[] = {{"\nrelease main ", releaseLimit},
+                                                  {"\nrelease kpi ", releaseLimit},
+                                                  {"\nunload ", unloadLimit},
+                                                  {"\nblocked ", blockLimit}};
     for (const auto& [what, limit] : limits)
         for (std::size_t at = 0; (at = run.output.find(what, at)) != std::string::npos; ++at)
             EXPECT_LE(std::stoi(run.output.substr(at + what.size())), limit)

@@ -12,6 +12,11 @@
 
 namespace module {
 
+// What an end may take, in milliseconds.
+inline constexpr int releaseLimit = 3000;
+inline constexpr int unloadLimit = 2000;
+inline constexpr int blockLimit = 500; // of other threads of the host, meanwhile
+
 // The real ZoTracker.dll in a real host under Wine, reporting to a collector in this process.
 //
 // All cases of a program share one Wine prefix.

@@ -57,8 +57,8 @@ TEST_F(UnloadTest, ManyStaysInOneProcessLeaveNothingBehind)
     EXPECT_LE(std::stoi(left[4]), std::stoi(left[2]) + 4) << run.output;
 }
 
-// Each allocation of a stay fails once, or from each on all do; every operation is the first one
-// of its thread.
+// Each allocation of a stay fails once, and with every third one all behind it; every operation is
+// the first one of its thread.
 TEST_F(UnloadTest, TheHostOutlivesAnyLackOfMemory)
 {
     PutConfig(MakeConfig());

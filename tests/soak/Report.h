@@ -3,6 +3,7 @@
 #include "tests/soak/Scene.h"
 
 #include <array>
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <string>
@@ -25,6 +26,9 @@ public:
     // of requests that the server read.
     void Add(const Scene& scene, const module::ProgramResult& run, std::size_t delivered);
 
+    // The hosts that are not in the table, because it was Wine itself that ended them.
+    int CountEndedByWine() const { return endedByWine; }
+
     // No crash, no hang, no bound missed, nothing called that must not be.
     bool IsClean() const { return isClean; }
 
@@ -37,14 +41,15 @@ private:
     std::mutex lock;
     std::map<std::pair<std::string, std::string>, Row> rows; // by place and fault
     bool isClean = true;
+    std::atomic<int> endedByWine{0};
 };
 
 // Puts a table into a file, between the lines "<!-- NAME -->" and "<!-- end of NAME -->".
 void PutIntoReport(const std::string& path, const std::string& name, const std::string& table);
 
-// What a host printed of itself about once a second ("left 1000 bytes, 10 handles, 4 threads"), and
-// the number of hits that had arrived by each second, as an SVG with one curve for each, from 0 to
-// its largest value.
+// What a host printed of itself in each round ("left 1000 bytes, 10 handles, 4 threads, 90
+// wake-ups"), and the number of hits that had arrived by each second, as an SVG with one curve for
+// each, from 0 to its largest value.
 std::string DrawPlot(const std::string& output, const std::vector<double>& delivered);
 
 } // namespace soak

@@ -5,6 +5,7 @@
 #include "tests/soak/Scene.h"
 #include "tools/collector/Faults.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -158,7 +159,7 @@ std::vector<double> ChangeFaults(collector::CCollector& server, const std::stop_
 // One host that works for minutes while the server's faults change, and what it needs meanwhile.
 void RunSoak()
 {
-    const int rounds = IsShort() ? 5 : std::max(1, GetMinutes()) * 38; // 1.6 s each
+    const int rounds = IsShort() ? 5 : std::max(1, GetMinutes()) * 38; // of some 1.6 s
     std::mt19937 random = MakeRandom();
     std::string commands = "blocked\n";
     for (int i = 0; i < rounds; ++i)
@@ -248,7 +249,9 @@ std::string DescribeRun()
     return "\nSeed " + options.at("--seed") + ", " + std::to_string(GetSeconds()) + " s, " +
            std::to_string(std::thread::hardware_concurrency()) + " processors with a load of " +
            std::to_string(load[2]).substr(0, 4) + " in the last 15 minutes; a thread that only " +
-           "sleeps was late by " + std::to_string(longestStandstill) + " ms at the most.\n";
+           "sleeps was late by " + std::to_string(longestStandstill) +
+           " ms at the most. Wine itself " + "ended " + std::to_string(table.CountEndedByWine()) +
+           " hosts more.\n";
 }
 
 void ReadOptions(int count, char** values)
@@ -261,6 +264,12 @@ void ReadOptions(int count, char** values)
                                      "[--report FILE.md] [--plot FILE.svg]");
         option->second = option->first == "--short" ? "yes" : values[++i];
     }
+    const std::string wanted = options.at("--part");
+    if (!wanted.empty() &&
+        std::ranges::none_of(parts, [&](const auto& part) { return wanted == part.name; }))
+        throw std::runtime_error("no part has the name " + wanted);
+    if (!wanted.empty() && wanted != "hits" && !options.at("--report").empty())
+        throw std::runtime_error("a report's table is of all parts: leave --part or --report out");
 }
 
 } // namespace
@@ -269,6 +278,7 @@ int main(int count, char** values)
 try
 {
     ReadOptions(count, values);
+    ::setenv("WINEDEBUG", "-all,err+virtual", 1); // says why a host could not start
     const std::jthread watch(WatchMachine);
     DoAll("lanes", 6, 6, [](std::size_t i) { RunLane(static_cast<int>(i)); });
     const std::string text = table.Format() + DescribeRun();

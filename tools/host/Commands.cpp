@@ -63,7 +63,7 @@ const char* const usage =
     "not, and is needed for \"starve\".\n"
     "\n"
     "  use all|main|kpi                 which trackers the following commands go to (all)\n"
-    "  status                           print interface version and whether tracking is enabled\n"
+    "  status                           print whether tracking is enabled, or what is wrong\n"
     "  left                             print bytes on the process's heaps, handles (without\n"
     "                                   keys of the registry), threads and, with --watch,\n"
     "                                   how often workers have woken up\n"

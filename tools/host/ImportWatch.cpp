@@ -173,21 +173,41 @@ HANDLE WINAPI CreateWatchedThread(SECURITY_ATTRIBUTES* security, SIZE_T stack,
 
 std::atomic<long> wakeUps{0};
 
-DWORD CountWakeUp(DWORD limit, DWORD result) noexcept
+// Waits as `wait` does, with a limit; a wait that does not end at once ends by waking up.
+template <class Wait>
+DWORD WaitAndCount(DWORD limit, Wait wait)
 {
-    if (limit != 0 && IsWorker())
+    const DWORD result = wait(0);
+    if (limit == 0 || result != WAIT_TIMEOUT)
+        return result;
+    const DWORD late = wait(limit);
+    if (IsWorker())
         ++wakeUps;
-    return result;
+    return late;
 }
 
 DWORD WINAPI WaitForOne(HANDLE object, DWORD limit)
 {
-    return CountWakeUp(limit, ::WaitForSingleObject(object, limit));
+    return WaitAndCount(limit, [&](DWORD time) { return ::WaitForSingleObject(object, time); });
 }
 
 DWORD WINAPI WaitForSome(DWORD count, const HANDLE* objects, BOOL all, DWORD limit)
 {
-    return CountWakeUp(limit, ::WaitForMultipleObjects(count, objects, all, limit));
+    return WaitAndCount(
+        limit, [&](DWORD time) { return ::WaitForMultipleObjects(count, objects, all, time); });
+}
+
+void WINAPI SleepAndCount(DWORD time)
+{
+    ::Sleep(time);
+    if (time != 0 && IsWorker())
+        ++wakeUps;
+}
+
+void WINAPI FreeLibraryAndExitWatchedThread(HMODULE module, DWORD exitCode)
+{
+    ForgetWorker(::GetCurrentThreadId());
+    ::FreeLibraryAndExitThread(module, exitCode);
 }
 
 // A worker parks itself, to be ended, when the loader's lock was not to be had; whoever had it may
@@ -197,6 +217,7 @@ BOOL WINAPI TerminateWatchedThread(HANDLE thread, DWORD exitCode)
     static std::atomic<bool> seen{false};
     if (GetLoaderLockOwner() == 0 && !HasHeldLoaderLock())
         Report(seen, "TerminateThread", "although nobody loads or unloads anything");
+    ForgetWorker(::GetThreadId(thread));
     return ::TerminateThread(thread, exitCode);
 }
 
@@ -246,6 +267,8 @@ const Replacement replacements[] = {
     {"TerminateThread", AddressOf(&TerminateWatchedThread), nullptr},
     {"WaitForSingleObject", AddressOf(&WaitForOne), nullptr},
     {"WaitForMultipleObjects", AddressOf(&WaitForSome), nullptr},
+    {"Sleep", AddressOf(&SleepAndCount), nullptr},
+    {"FreeLibraryAndExitThread", AddressOf(&FreeLibraryAndExitWatchedThread), nullptr},
     {"malloc", AddressOf(&Allocate), nullptr},
     {"calloc", AddressOf(&AllocateZeroed), nullptr},
     {"realloc", AddressOf(&Reallocate), nullptr},

@@ -25,7 +25,7 @@ long GetStarvedCount() noexcept;
 // How many violations were seen, each function once.
 long GetViolationCount() noexcept;
 
-// How many waits of workers have ended so far, that had something to wait for.
+// How often workers have woken up so far, from a wait or a sleep.
 long GetWakeUpCount() noexcept;
 
 } // namespace host
