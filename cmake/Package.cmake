@@ -22,7 +22,7 @@ install(FILES ${PROJECT_BINARY_DIR}/ZoTracker.dll.debug DESTINATION bin OPTIONAL
 install(TARGETS host zotrust RUNTIME DESTINATION bin)
 install(DIRECTORY include/zotracker DESTINATION include)
 
-install(FILES README.md CHANGELOG.md DESTINATION .)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION .)
 install(FILES LICENSE DESTINATION . OPTIONAL) # the owner's to choose
 install(FILES docs/notices.md DESTINATION . RENAME NOTICES.md)
 install(DIRECTORY docs DESTINATION .)

@@ -170,7 +170,7 @@ std::string WriteHelp()
     text += "faults:\n" + ListFaults();
     text +=
         "\nEnds with 0 when all went well, 1 when it could not work or the hits differ from the "
-        "plan,\n2 when hits are missing at the timeout.\n";
+        "plan,\n2 when hits were missing at the end, or the host still ran at the timeout.\n";
     return text;
 }
 
