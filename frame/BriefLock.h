@@ -22,7 +22,7 @@ public:
             if (section.TryEnter())
                 return;
             if (i < pauses)
-                platform::PauseProcessor(1u << i);
+                platform::PauseProcessor(firstPause << i);
             else
                 platform::YieldThread();
         }
@@ -33,7 +33,8 @@ public:
     CBriefLock& operator=(const CBriefLock&) = delete;
 
 private:
-    static constexpr int pauses = 8;
+    static constexpr unsigned firstPause = 8; // about as long as a hit takes to be copied
+    static constexpr int pauses = 5;
     static constexpr int tries = 1000;
 
     VnOSAL::VnCriticalSection& section;

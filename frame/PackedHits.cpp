@@ -17,7 +17,7 @@ static_assert(std::is_trivially_copyable_v<Head>);
 static_assert(sizeof(Head) % sizeof(wchar_t) == 0);
 
 constexpr std::size_t headUnits = sizeof(Head) / sizeof(wchar_t);
-constexpr std::size_t blockUnits = 16 * 1024 / sizeof(wchar_t);
+constexpr std::size_t blockUnits = std::size_t{16} * 1024 / sizeof(wchar_t);
 
 std::uint32_t CountUnits(std::wstring_view text)
 {

@@ -49,13 +49,16 @@ void DrawCurve(std::ostream& svg, int row, const char* title, const std::vector<
         << "' stroke='#999'/>\n";
 }
 
-// Wine may end a process by itself: when two mappings want the same place at its start, and when a
-// thread is ended while it receives a file, which the next one gets then. Neither needs the module.
+// What Wine's own libraries say when it is they that end a host or one of its threads: where two
+// mappings wanted the same place at its start; where a thread was ended while it received a file,
+// which the next one gets then; where the server's protocol has been broken.
 bool IsEndedByWine(const module::ProgramResult& run)
 {
-    return run.status != 0 &&
-           (run.output.find("failed to map the shared user data") != std::string::npos ||
-            run.output.find("server_get_unix_fd: Assertion") != std::string::npos);
+    constexpr const char* lastWords[] = {"failed to map the shared user data",
+                                         "server_get_unix_fd: Assertion", "wine client error:"};
+    return run.status != 0 && std::ranges::any_of(lastWords, [&](const char* words) {
+               return run.output.find(words) != std::string::npos;
+           });
 }
 
 } // namespace

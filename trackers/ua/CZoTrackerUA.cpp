@@ -21,7 +21,6 @@ namespace trackers {
 
 using env::GetInstallConfigInt;
 using env::GetInstallConfigString;
-using frame::EHitType;
 using frame::TrackingHit;
 using VnOSAL::VnCriticalSectionLock;
 
