@@ -28,7 +28,7 @@ std::wstring NormalizeUrl(std::wstring url, std::wstring_view defaultHost)
 {
     if (!Contains(url, secureScheme) && !Contains(url, plainScheme) && !defaultHost.empty())
         url.insert(0, defaultHost).insert(0, secureScheme);
-    return Contains(url, secureScheme) ? url : UpgradeScheme(std::move(url));
+    return Contains(url, secureScheme) ? url : UpgradeScheme(url);
 }
 
 bool FindHost(std::wstring_view url, std::wstring& host)

@@ -233,7 +233,7 @@ catch (const CInternetException& failure)
 
 bool CHttpExchange::TakeRedirect(std::wstring location)
 {
-    location = UpgradeScheme(std::move(location));
+    location = UpgradeScheme(location);
     if (IsSameUrl(location, url))
     {
         TraceMessage(errorLevel, L"HTTPCOM: Security Error Redir problem %s", url);
